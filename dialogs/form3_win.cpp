@@ -1,0 +1,243 @@
+#include "dialogs/form3_win.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "dialogs/form_layout_win.h"
+#include "player/skinmodule_win.h"
+#include "res/resource.h"
+#include "window/font.h"
+#include "window/gdi.h"
+#include "window/utf.h"
+
+namespace dialogs {
+namespace {
+
+enum Id : int { kLabel3 = 1001, kText1, kLabel6, kLabel5, kLabel1, kBasslab, kLabel4, kLabel7 };
+
+constexpr int kLinks[] = {kLabel6, kLabel5, kLabel1, kBasslab};
+constexpr int kButtons[] = {IDOK, kLabel4, kLabel7};  // `Label2` is the OK button
+
+// Sizes in units of 1/96 inch.
+constexpr int kLeastWidth = 440;
+constexpr int kTitleTop = 18;
+constexpr int kTitleHeight = 42;
+constexpr int kNoticeTop = 78;
+constexpr int kLinkRow = 22;
+constexpr int kLinkHeight = 20;
+constexpr int kGap = 10;
+
+// Beside the version stands what the program is.
+constexpr const char* kTitle = "Kestrel " KESTREL_VERSION "\r\nInternet radio in the tray";
+
+constexpr const char* kOwner = "Kestrel is made by the Kestrel project";
+constexpr const char* kDirectoryOwner = "The stations come from the station directory";
+constexpr const char* kAudioCredit = "Audio library interface: BASS 2.3";
+
+window::UniqueFont underlined(HFONT font) {
+  LOGFONTW description{};
+  GetObjectW(font, sizeof(description), &description);
+  description.lfUnderline = TRUE;
+  return window::UniqueFont(CreateFontIndirectW(&description));
+}
+
+std::string page(const std::string& host) {
+  return "http://" + host;
+}
+
+bool isLink(UINT id) {
+  return std::any_of(std::begin(kLinks), std::end(kLinks),
+                     [id](int link) { return static_cast<UINT>(link) == id; });
+}
+
+}  // namespace
+
+Form3::Form3(const app::Captions& captions, const app::Hosts& hosts, app::Desktop& desktop,
+             HWND owner)
+    : hosts_(hosts), desktop_(desktop), owner_(owner) {
+  create({.class_name = L"Form3",
+          .caption = "Kestrel",
+          .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
+          .ex_style = WS_EX_CONTROLPARENT | WS_EX_APPWINDOW,
+          .owner = owner,
+          .background = -1,
+          .icon = IDI_NORMAL});
+  addControl(WC_STATICW, kTitle, SS_NOPREFIX, kLabel3);
+  addControl(WC_EDITW, captions.get("Form3.Text1"),
+             ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL | WS_TABSTOP, kText1);
+  addLinks();
+  constexpr DWORD kButton = BS_OWNERDRAW | WS_TABSTOP;
+  addControl(WC_BUTTONW, captions.get("Form3.Label2"), kButton, IDOK);
+  addControl(WC_BUTTONW, captions.get("Form3.Label4"), kButton, kLabel4);
+  addControl(WC_BUTTONW, captions.get("Form3.Label7"), kButton, kLabel7);
+  dress();
+}
+
+Form3::~Form3() {
+  destroy();
+}
+
+void Form3::open() {
+  run(owner_, control(IDOK));
+}
+
+void Form3::addLinks() {
+  constexpr DWORD kLink = BS_OWNERDRAW | WS_TABSTOP;
+  addControl(WC_BUTTONW, kOwner, kLink, kLabel6);
+  addControl(WC_BUTTONW, kDirectoryOwner, kLink, kLabel5);
+  addControl(WC_BUTTONW, page(hosts_.directorysite), kLink, kLabel1);
+  addControl(WC_BUTTONW, kAudioCredit, kLink, kBasslab);
+}
+
+void Form3::onCommand(int id, int) {
+  switch (id) {
+    case IDOK:
+    case IDCANCEL:
+      return end();
+    case kLabel4:
+      return checkupdate();
+    case kLabel7:
+      return openPage(page(hosts_.donate));
+    case kLabel6:
+      return openPage(page(hosts_.website));
+    case kLabel5:
+    case kLabel1:
+      return openPage(page(hosts_.directorysite));
+    case kBasslab:
+      return openPage(page(hosts_.audiosite));
+    default:
+      return;
+  }
+}
+
+void Form3::checkupdate() {
+  openPage(page(hosts_.update) + "/update2.php?file=kes&version=" KESTREL_VERSION);
+}
+
+void Form3::openPage(const std::string& address) {
+  desktop_.shellopen(address);
+}
+
+std::optional<LRESULT> Form3::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  if (!look_) return std::nullopt;  // still being made
+  switch (message) {
+    case WM_ERASEBKGND:
+      return 1;
+    case WM_PAINT:
+      return onPaint(), 0;
+    case WM_CTLCOLORSTATIC: {
+      const bool title = GetDlgCtrlID(reinterpret_cast<HWND>(lparam)) == kLabel3;
+      return look_->labelColours(reinterpret_cast<HDC>(wparam),
+                                 title ? look_->theme().text : look_->theme().muted);
+    }
+    case WM_DRAWITEM: {
+      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam);
+      if (isLink(item.CtlID)) return drawLink(item), TRUE;
+      return look_->button(item, item.CtlID == IDOK), TRUE;
+    }
+    case WM_SETCURSOR:
+      if (!isLink(static_cast<UINT>(GetDlgCtrlID(reinterpret_cast<HWND>(wparam))))) {
+        return std::nullopt;
+      }
+      return SetCursor(LoadCursorW(nullptr, IDC_HAND)), TRUE;
+    case WM_NEXTDLGCTL:
+      return nextControl(wparam, LOWORD(lparam) != 0), 0;
+    case WM_LBUTTONDOWN:
+      return player::DragWindow(handle()), 0;
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+      return dress(), std::nullopt;
+    default:
+      return Modal::onMessage(message, wparam, lparam);
+  }
+}
+
+// The notice, being of several lines, takes Tab itself and asks for the next control.
+void Form3::nextControl(WPARAM where, bool is_handle) {
+  const HWND next = is_handle ? reinterpret_cast<HWND>(where)
+                              : GetNextDlgTabItem(handle(), GetFocus(), where != 0 ? TRUE : FALSE);
+  SetFocus(next);
+}
+
+void Form3::dress() {
+  look_.emplace(dpi());
+  link_font_ = underlined(look_->font());
+  setFont(handle(), look_->font());
+  SendMessageW(control(kLabel3), WM_SETFONT, reinterpret_cast<WPARAM>(look_->headingFont()), TRUE);
+  SendMessageW(control(kText1), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+  layOut();
+  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+void Form3::layOut() {
+  const int all = width();
+  const int inside = all - 2 * SmallForm::kMargin;
+  place(control(kLabel3), SmallForm::kTextLeft, kTitleTop,
+        all - SmallForm::kMargin - SmallForm::kTextLeft, kTitleHeight);
+  const int notice =
+      textHeightUnits(window::windowText(control(kText1)), look_->font(), inside, dpi());
+  place(control(kText1), SmallForm::kMargin, kNoticeTop, inside, notice);
+  const int buttons = placeLinks(kNoticeTop + notice + kGap) + kGap;
+  placeButtons(buttons);
+  resizeClient(all, buttons + SmallForm::kButtonHeight + SmallForm::kMargin);
+}
+
+int Form3::width() const {
+  int text = buttonsWidth();
+  for (const int link : kLinks) {
+    text = std::max(text, textUnits(control(link), look_->font(), dpi()) + 4);
+  }
+  return std::max(kLeastWidth, text + 2 * SmallForm::kMargin);
+}
+
+int Form3::placeLinks(int top) {
+  for (const int link : kLinks) {
+    const int text = textUnits(control(link), look_->font(), dpi()) + 4;
+    place(control(link), SmallForm::kMargin, top, text, kLinkHeight);
+    top += kLinkRow;
+  }
+  return top;
+}
+
+int Form3::buttonsWidth() const {
+  int all = -kGap;
+  for (const int id : kButtons) all += look_->buttonWidth(window::windowText(control(id))) + kGap;
+  return all;
+}
+
+void Form3::placeButtons(int top) {
+  int left = width() - SmallForm::kMargin - buttonsWidth();
+  for (const int id : kButtons) {
+    const int button = look_->buttonWidth(window::windowText(control(id)));
+    place(control(id), left, top, button, SmallForm::kButtonHeight);
+    left += button + kGap;
+  }
+}
+
+void Form3::onPaint() {
+  const window::PaintScope paint(handle());
+  RECT client{};
+  GetClientRect(handle(), &client);
+  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
+  look_->ground(canvas, {client.right, client.bottom});
+  canvas.present();
+}
+
+void Form3::drawLink(const DRAWITEMSTRUCT& item) const {
+  const player::Theme& theme = look_->theme();
+  RECT area{};
+  GetClientRect(item.hwndItem, &area);
+  player::Canvas canvas(item.hDC, {area.right, area.bottom});
+  canvas.fill(theme.background);
+  const std::wstring text = window::windowText(item.hwndItem);
+  const bool pressed = (item.itemState & ODS_SELECTED) != 0;
+  canvas.text(text.c_str(), static_cast<int>(text.size()), area,
+              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX, link_font_.get(),
+              pressed || theme.high_contrast ? theme.text : theme.accent);
+  if ((item.itemState & ODS_FOCUS) != 0) canvas.frame(area, 0, scale(1), theme.text);
+  canvas.present();
+}
+
+}  // namespace dialogs

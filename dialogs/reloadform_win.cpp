@@ -1,0 +1,224 @@
+#include "dialogs/reloadform_win.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "dialogs/dialog_ids.h"
+#include "player/skinmodule_win.h"
+#include "res/resource.h"
+#include "window/font.h"
+#include "window/gdi.h"
+#include "window/utf.h"
+
+namespace dialogs {
+namespace {
+
+// Sizes in units of 1/96 inch.
+constexpr int kHeight = 158;
+constexpr int kLeastWidth = 400;
+constexpr int kMostWidth = 620;  // a heading longer than that is cut
+constexpr int kHeadingTop = 16;
+constexpr int kHeadingHeight = 22;
+constexpr int kStatusTop = 40;
+constexpr int kLineHeight = 18;
+constexpr int kCountWidth = 56;
+constexpr int kBarTop = 76;
+constexpr int kBarHeight = 8;
+constexpr int kButtonTop = 106;
+constexpr int kAbortHeight = 36;  // two lines
+constexpr int kGap = 14;
+
+}  // namespace
+
+ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messages,
+                       std::function<void()> cancel)
+    : captions_(captions), messages_(messages), cancel_(std::move(cancel)) {
+  create({.class_name = L"reloadform",
+          .caption = "Kestrel",
+          .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
+          .ex_style = WS_EX_CONTROLPARENT | WS_EX_APPWINDOW,
+          .width = kLeastWidth,
+          .height = kHeight,
+          .background = -1,
+          .icon = IDI_NORMAL});
+  INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_PROGRESS_CLASS};
+  InitCommonControlsEx(&classes);
+  constexpr DWORD kLabel = SS_NOPREFIX | SS_ENDELLIPSIS;
+  addControl(WC_STATICW, {}, kLabel, kIdReloadLabel1);
+  addControl(WC_STATICW, {}, kLabel, kIdReloadStatus);
+  addControl(WC_STATICW, {}, kLabel | SS_RIGHT, kIdReloadCount);
+  hook(addControl(PROGRESS_CLASSW, {}, PBS_SMOOTH, kIdReloadProgress));
+  addControl(WC_STATICW, {}, SS_NOPREFIX, kIdReloadAbort);
+  addControl(WC_BUTTONW, {}, BS_OWNERDRAW | WS_TABSTOP, IDCANCEL);
+}
+
+ReloadForm::~ReloadForm() {
+  destroy();
+}
+
+void ReloadForm::show() {
+  const bool first = !look_;
+  dress();
+  if (first || offScreen()) centre(false);
+  write(kIdReloadStatus, {});
+  write(kIdReloadCount, {});
+  write(kIdReloadAbort, {});
+  SendMessageW(control(kIdReloadProgress), PBM_SETPOS, 0, 0);
+  EnableWindow(control(IDCANCEL), TRUE);
+  if (visible()) return;
+  window::Window::show();
+  SetFocus(control(IDCANCEL));
+  UpdateWindow(handle());
+}
+
+void ReloadForm::progress(const std::string& status, int done, int genres) {
+  write(kIdReloadStatus, status);
+  write(kIdReloadCount, std::to_string(done + 1) + " / " + std::to_string(genres));
+  const HWND bar = control(kIdReloadProgress);
+  SendMessageW(bar, PBM_SETRANGE32, 0, genres);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(done), 0);
+  InvalidateRect(bar, nullptr, FALSE);
+  UpdateWindow(handle());
+}
+
+std::optional<LRESULT> ReloadForm::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  if (!look_) return std::nullopt;  // not shown yet
+  switch (message) {
+    case WM_ERASEBKGND:
+      return 1;
+    case WM_PAINT:
+      return onPaint(), 0;
+    case WM_CTLCOLORSTATIC:
+      return labelColours(reinterpret_cast<HDC>(wparam), reinterpret_cast<HWND>(lparam));
+    case WM_DRAWITEM:
+      look_->button(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam), false);
+      return TRUE;
+    case WM_COMMAND:
+      if (LOWORD(wparam) == IDCANCEL) onCancel();
+      return 0;
+    case WM_CLOSE:
+      return onCancel(), 0;
+    case DM_GETDEFID:  // Enter
+      return MAKELRESULT(IDCANCEL, DC_HASDEFID);
+    case WM_LBUTTONDOWN:
+      return player::DragWindow(handle()), 0;
+    case WM_SETFOCUS:
+      if (IsWindowEnabled(control(IDCANCEL)) != FALSE) SetFocus(control(IDCANCEL));
+      return 0;
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+      return dress(), std::nullopt;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<LRESULT> ReloadForm::onControl(HWND bar, UINT message, WPARAM, LPARAM) {
+  if (message == WM_ERASEBKGND) return 1;
+  if (message != WM_PAINT || !look_) return std::nullopt;
+  return paintBar(bar), 0;
+}
+
+void ReloadForm::onCancel() {
+  if (IsWindowEnabled(control(IDCANCEL)) == FALSE) return;
+  SetFocus(nullptr);  // a disabled button would keep it
+  EnableWindow(control(IDCANCEL), FALSE);
+  if (GetForegroundWindow() == handle()) SetFocus(handle());
+  write(kIdReloadAbort, messages_.msgreloadabort);
+  cancel_();
+}
+
+void ReloadForm::dress() {
+  look_.emplace(dpi());
+  const std::string& label1 = captions_.get("reloadform.Label1");
+  setText(label1);
+  write(kIdReloadLabel1, label1);
+  write(IDCANCEL, captions_.get("reloadform.Label4"));
+  write(kIdReloadProgress, label1);
+  for (const int id : {kIdReloadStatus, kIdReloadCount, kIdReloadAbort}) {
+    SendMessageW(control(id), WM_SETFONT, reinterpret_cast<WPARAM>(look_->font()), FALSE);
+  }
+  SendMessageW(control(kIdReloadLabel1), WM_SETFONT, reinterpret_cast<WPARAM>(look_->headingFont()),
+               FALSE);
+  layOut();
+  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+void ReloadForm::layOut() {
+  const int heading =
+      MulDiv(window::textWidth(look_->headingFont(), window::windowText(control(kIdReloadLabel1))),
+             window::Dpi::kBase, dpi().value());
+  const int width =
+      std::clamp(SmallForm::kTextLeft + heading + 4 + SmallForm::kMargin, kLeastWidth, kMostWidth);
+  const int right = width - SmallForm::kMargin;
+  const int text = right - SmallForm::kTextLeft;
+  const int button = look_->buttonWidth(window::windowText(control(IDCANCEL)));
+  resizeClient(width, kHeight);
+  place(control(kIdReloadLabel1), SmallForm::kTextLeft, kHeadingTop, text, kHeadingHeight);
+  place(control(kIdReloadStatus), SmallForm::kTextLeft, kStatusTop, text - kCountWidth - 6,
+        kLineHeight);
+  place(control(kIdReloadCount), right - kCountWidth, kStatusTop, kCountWidth, kLineHeight);
+  place(control(kIdReloadProgress), SmallForm::kMargin, kBarTop, width - 2 * SmallForm::kMargin,
+        kBarHeight);
+  const int abort_width = right - button - kGap - SmallForm::kMargin;
+  const std::wstring abort_text = window::toWide(messages_.msgreloadabort);
+  const bool one_line = window::textWidth(look_->font(), abort_text) < scale(abort_width);
+  const int abort_top = kButtonTop + (SmallForm::kButtonHeight - kLineHeight) / 2;
+  place(control(kIdReloadAbort), SmallForm::kMargin, one_line ? abort_top : kButtonTop, abort_width,
+        kAbortHeight);
+  place(control(IDCANCEL), right - button, kButtonTop, button, SmallForm::kButtonHeight);
+}
+
+void ReloadForm::onPaint() {
+  const window::PaintScope paint(handle());
+  RECT client{};
+  GetClientRect(handle(), &client);
+  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
+  look_->ground(canvas, {client.right, client.bottom});
+  canvas.present();
+}
+
+void ReloadForm::paintBar(HWND bar) const {
+  const window::PaintScope paint(bar);
+  RECT area{};
+  GetClientRect(bar, &area);
+  player::Canvas canvas(paint.dc(), {area.right, area.bottom});
+  canvas.fill(look_->theme().background);
+  const double radius = area.bottom / 2.0;
+  canvas.bar(area, radius, look_->theme().surface);
+  if (look_->theme().high_contrast) canvas.frame(area, radius, scale(1), look_->theme().border);
+  const auto done = static_cast<int>(SendMessageW(bar, PBM_GETPOS, 0, 0));
+  const auto genres = static_cast<int>(SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
+  if (done > 0 && genres > 0) {
+    RECT filled = area;
+    filled.right = std::max(MulDiv(area.right, done, genres), static_cast<int>(area.bottom));
+    canvas.bar(filled, radius, look_->theme().accent);
+  }
+  canvas.present();
+}
+
+LRESULT ReloadForm::labelColours(HDC dc, HWND label) const {
+  const player::Theme& theme = look_->theme();
+  switch (GetDlgCtrlID(label)) {
+    case kIdReloadLabel1:
+      return look_->labelColours(dc, theme.text);
+    case kIdReloadAbort:
+      return look_->labelColours(dc, theme.high_contrast ? theme.text : theme.accent);
+    default:
+      return look_->labelColours(dc, theme.muted);
+  }
+}
+
+bool ReloadForm::offScreen() const {
+  return MonitorFromWindow(handle(), MONITOR_DEFAULTTONULL) == nullptr;
+}
+
+void ReloadForm::write(int id, const std::string& text) {
+  const std::wstring wide = window::toWide(text);
+  if (wide != window::windowText(control(id))) SetWindowTextW(control(id), wide.c_str());
+}
+
+}  // namespace dialogs

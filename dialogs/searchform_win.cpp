@@ -1,0 +1,152 @@
+#include "dialogs/searchform_win.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "dialogs/dialog_ids.h"
+#include "player/skinmodule_win.h"
+#include "res/resource.h"
+#include "window/font.h"
+#include "window/gdi.h"
+#include "window/utf.h"
+
+namespace dialogs {
+namespace {
+
+// Sizes in units of 1/96 inch.
+constexpr int kLeastWidth = 400;
+constexpr int kHeight = 166;
+constexpr int kHeadingTop = 25;
+constexpr int kHeadingHeight = 22;
+constexpr int kFieldTop = 66;
+constexpr int kFieldHeight = 32;
+constexpr int kTextMargin = 10;
+constexpr int kButtonTop = 116;
+constexpr int kGap = 10;
+
+}  // namespace
+
+SearchForm::SearchForm(const app::Captions& captions, HWND owner, const std::string& words)
+    : owner_(owner) {
+  const std::string& heading = captions.get("searchform.Label2");
+  create({.class_name = L"searchform",
+          .caption = heading,
+          .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
+          .ex_style = WS_EX_CONTROLPARENT | WS_EX_APPWINDOW,
+          .width = kLeastWidth,
+          .height = kHeight,
+          .owner = owner,
+          .background = -1,
+          .icon = IDI_NORMAL});
+  addControl(WC_STATICW, heading, SS_NOPREFIX | SS_ENDELLIPSIS, kIdSearchLabel2);
+  addControl(WC_EDITW, words, ES_AUTOHSCROLL | WS_TABSTOP, kIdSearchText1);
+  addControl(WC_BUTTONW, captions.get("searchform.Label3"), BS_OWNERDRAW | WS_TABSTOP, IDOK);
+  addControl(WC_BUTTONW, captions.get("searchform.Label5"), BS_OWNERDRAW | WS_TABSTOP, IDCANCEL);
+  dress();
+}
+
+SearchForm::~SearchForm() {
+  destroy();
+}
+
+std::optional<std::string> SearchForm::ask() {
+  const HWND box = control(kIdSearchText1);
+  SendMessageW(box, EM_SETSEL, 0, -1);
+  run(owner_, box);
+  return answer_;
+}
+
+void SearchForm::onCommand(int id, int notification) {
+  switch (id) {
+    case kIdSearchText1:
+      if (notification == EN_SETFOCUS || notification == EN_KILLFOCUS) {
+        const RECT area = field();
+        InvalidateRect(handle(), &area, FALSE);
+      }
+      return;
+    case IDOK:
+      answer_ = window::toNarrow(window::windowText(control(kIdSearchText1)));
+      return end();
+    case IDCANCEL:
+      return end();
+    default:
+      return;
+  }
+}
+
+std::optional<LRESULT> SearchForm::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  if (!look_) return std::nullopt;  // still being made
+  const auto dc = reinterpret_cast<HDC>(wparam);
+  switch (message) {
+    case WM_ERASEBKGND:
+      return 1;
+    case WM_PAINT:
+      return onPaint(), 0;
+    case WM_CTLCOLORSTATIC:
+      return look_->labelColours(dc, look_->theme().text);
+    case WM_CTLCOLOREDIT:
+      return look_->fieldColours(dc);
+    case WM_DRAWITEM: {
+      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam);
+      look_->button(item, item.CtlID == IDOK);
+      return TRUE;
+    }
+    case WM_LBUTTONDOWN:
+      return player::DragWindow(handle()), 0;
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+      return dress(), std::nullopt;
+    default:
+      return Modal::onMessage(message, wparam, lparam);
+  }
+}
+
+void SearchForm::dress() {
+  look_.emplace(dpi());
+  const auto setFont = [this](int id, HFONT font) {
+    SendMessageW(control(id), WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+  };
+  setFont(kIdSearchLabel2, look_->headingFont());
+  setFont(kIdSearchText1, look_->font());
+  layOut();
+  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+void SearchForm::layOut() {
+  const int search = look_->buttonWidth(window::windowText(control(IDOK)));
+  const int cancel = look_->buttonWidth(window::windowText(control(IDCANCEL)));
+  const int width = std::max(kLeastWidth, search + kGap + cancel + 2 * SmallForm::kMargin);
+  const int right = width - SmallForm::kMargin;
+  resizeClient(width, kHeight);
+  place(control(kIdSearchLabel2), SmallForm::kTextLeft, kHeadingTop, right - SmallForm::kTextLeft,
+        kHeadingHeight);
+  const int line = window::lineHeight(look_->font());  // an edit field does not centre its own
+  SetWindowPos(control(kIdSearchText1), nullptr, scale(SmallForm::kMargin + kTextMargin),
+               scale(kFieldTop) + (scale(kFieldHeight) - line) / 2,
+               scale(width - 2 * (SmallForm::kMargin + kTextMargin)), line,
+               SWP_NOZORDER | SWP_NOACTIVATE);
+  place(control(IDOK), right - cancel - kGap - search, kButtonTop, search,
+        SmallForm::kButtonHeight);
+  place(control(IDCANCEL), right - cancel, kButtonTop, cancel, SmallForm::kButtonHeight);
+}
+
+RECT SearchForm::field() const {
+  RECT client{};
+  GetClientRect(handle(), &client);
+  return {scale(SmallForm::kMargin), scale(kFieldTop), client.right - scale(SmallForm::kMargin),
+          scale(kFieldTop + kFieldHeight)};
+}
+
+void SearchForm::onPaint() {
+  const window::PaintScope paint(handle());
+  RECT client{};
+  GetClientRect(handle(), &client);
+  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
+  look_->ground(canvas, {client.right, client.bottom});
+  look_->field(canvas, field(), GetFocus() == control(kIdSearchText1));
+  canvas.present();
+}
+
+}  // namespace dialogs

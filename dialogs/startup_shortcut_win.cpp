@@ -1,0 +1,95 @@
+#include "dialogs/startup_shortcut_win.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <array>
+#include <string>
+
+#include "app/desktop_win.h"
+#include "window/utf.h"
+
+namespace dialogs {
+namespace {
+
+class ComScope {
+ public:
+  ComScope() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+  ~ComScope() {
+    if (SUCCEEDED(result_)) CoUninitialize();
+  }
+  ComScope(const ComScope&) = delete;
+  ComScope& operator=(const ComScope&) = delete;
+
+ private:
+  HRESULT result_;
+};
+
+/// A COM interface, released at the end of the scope. Null when there is none.
+template <typename Interface>
+class ComPointer {
+ public:
+  ComPointer() = default;
+  ~ComPointer() {
+    if (pointer_ != nullptr) pointer_->Release();
+  }
+  ComPointer(const ComPointer&) = delete;
+  ComPointer& operator=(const ComPointer&) = delete;
+
+  Interface* operator->() const { return pointer_; }
+  void** out() { return reinterpret_cast<void**>(&pointer_); }
+
+ private:
+  Interface* pointer_ = nullptr;
+};
+
+/// A shell link and its file.
+struct Link {
+  ComScope com;
+  ComPointer<IShellLinkW> shell;
+  ComPointer<IPersistFile> file;
+  bool made = SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
+                                         IID_IShellLinkW, shell.out())) &&
+              SUCCEEDED(shell->QueryInterface(IID_IPersistFile, file.out()));
+};
+
+/// Empty without a Startup folder.
+std::wstring shortcutPath() {
+  const std::string folder = app::specialfolder(CSIDL_STARTUP);
+  return folder.empty() ? L"" : window::toWide(folder) + L"\\Kestrel.lnk";
+}
+
+std::wstring programPath() {
+  return window::toWide(app::programFolder()) + L"\\Kestrel.exe";
+}
+
+}  // namespace
+
+bool startsWithWindows() {
+  const std::wstring path = shortcutPath();
+  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
+  const Link link;
+  std::array<wchar_t, MAX_PATH> target{};
+  if (!link.made || FAILED(link.file->Load(path.c_str(), STGM_READ)) ||
+      FAILED(link.shell->GetPath(target.data(), MAX_PATH, nullptr, 0))) {
+    return false;
+  }
+  // Another copy's shortcut starts that one.
+  return lstrcmpiW(target.data(), programPath().c_str()) == 0;
+}
+
+bool setStartsWithWindows(bool on) {
+  const std::wstring path = shortcutPath();
+  if (path.empty()) return false;
+  if (!on) return DeleteFileW(path.c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND;
+  const Link link;
+  if (!link.made) return false;
+  return SUCCEEDED(link.shell->SetPath(programPath().c_str())) &&
+         SUCCEEDED(link.shell->SetArguments(L"-nos")) &&
+         SUCCEEDED(link.shell->SetWorkingDirectory(window::toWide(app::programFolder()).c_str())) &&
+         SUCCEEDED(link.file->Save(path.c_str(), TRUE));
+}
+
+}  // namespace dialogs

@@ -1,0 +1,16 @@
+#include "directory/records.h"
+
+#include "app/text.h"
+
+namespace directory {
+
+void appendRecord(std::string& text, std::string_view title, std::string_view url) {
+  text.append(title).append(kFieldSeparator).append(url).append("\r\n");
+}
+
+void appendOwnRecord(std::string& text, std::string_view title, std::string_view url) {
+  appendRecord(text, app::replaceIgnoringCase(app::oneLine(title), kFieldSeparator, "%# $"),
+               app::replaceIgnoringCase(app::oneLine(url), kFieldSeparator, "%25#$"));
+}
+
+}  // namespace directory

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "engine/icy.h"
+#include "engine/socket.h"
+#include "engine/url.h"
+
+namespace engine {
+
+/// An open stream of bytes from a server. One thread.
+class ByteSource {
+ public:
+  virtual ~ByteSource() = default;
+  virtual const ResponseHead& head() const = 0;
+  /// Waits for at least one byte. `got` 0 without an error: the stream has ended.
+  [[nodiscard]] virtual NetError read(uint8_t* to, size_t room, size_t& got) = 0;
+};
+
+struct OpenedSource {
+  std::unique_ptr<ByteSource> source;  ///< null unless the server gave a stream
+  NetError error = NetError::none;
+};
+
+/// Takes what the listener may be told while a stream opens: a text that ends with
+/// a zero; an answer's head is a row of such texts with an empty one at its end.
+using StatusSink = std::function<void(const std::string& text)>;
+
+/// Asks the server for the stream, following at most 10 redirects.
+OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+
+/// One answer over a plain connection.
+OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+/// One answer over TLS, from a server whose certificate the system trusts. There is
+/// none natively.
+OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+
+}  // namespace engine

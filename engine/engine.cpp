@@ -1,0 +1,168 @@
+#include "engine/engine.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace engine {
+
+Engine& instance() {
+  // Never destroyed: when a process ends, threads may be gone that a destructor
+  // would wait for.
+  static Engine* const engine = new Engine(makeSystemOutput());
+  return *engine;
+}
+
+int Engine::init(int device) {
+  // Whether there is a loudspeaker now says nothing about later: it is looked for
+  // whenever a stream opens.
+  if (device != -1) return BASS_ERROR_DEVICE;
+  const Lock lock(mutex_);
+  if (network_) return BASS_ERROR_ALREADY;
+  network_ = std::make_unique<NetworkStart>();
+  return BASS_OK;
+}
+
+int Engine::free() {
+  Streams all;
+  {
+    const Lock lock(mutex_);
+    if (!network_) return BASS_ERROR_INIT;
+    for (auto& [handle, stream] : streams_) all.push_back(std::move(stream));
+    streams_.clear();
+    all.insert(all.end(), opening_.begin(), opening_.end());
+  }
+  for (const auto& stream : all) stream->stop();
+  for (auto& stream : all) release(std::move(stream));
+  releaseLeftOver();
+  const Lock lock(mutex_);
+  network_.reset();
+  return BASS_OK;
+}
+
+bool Engine::setConfig(BASS_DWORD option, BASS_DWORD value, BASS_DWORD& previous) {
+  const Lock lock(mutex_);
+  switch (option) {
+    case BASS_CONFIG_MAXVOL:
+      if (value == 0) return false;
+      previous = std::exchange(max_volume_, value);
+      return true;
+    case BASS_CONFIG_NET_PREBUF:
+      previous = std::exchange(prebuffer_percent_, value);
+      return true;
+    default:
+      return false;
+  }
+}
+
+int Engine::createStream(const char* url, Downloader::Listener listener, HSTREAM& handle) {
+  releaseLeftOver();
+  const auto parsed = parseUrl(url);
+  if (!parsed) return BASS_ERROR_ILLPARAM;
+  BASS_DWORD prebuffer = 0;
+  {
+    const Lock lock(mutex_);
+    if (!network_) return BASS_ERROR_INIT;
+    prebuffer = prebuffer_percent_;
+  }
+  const auto stream = std::make_shared<Stream>(*parsed, listener, *outputs_);
+  int code = startOpening(stream);
+  if (code == BASS_OK) code = stream->open(codecs_.all());
+  if (code == BASS_OK && prebuffer != 0) stream->prebuffer(prebuffer);
+  code = endOpening(stream, code, handle);
+  if (code != BASS_OK) stream->close();
+  return code;
+}
+
+int Engine::startOpening(const std::shared_ptr<Stream>& stream) {
+  const Lock lock(mutex_);
+  if (!network_) return BASS_ERROR_INIT;
+  opening_.push_back(stream);
+  return BASS_OK;
+}
+
+int Engine::endOpening(const std::shared_ptr<Stream>& stream, int code, HSTREAM& handle) {
+  const Lock lock(mutex_);
+  std::erase(opening_, stream);
+  if (!network_) return BASS_ERROR_INIT;
+  if (code != BASS_OK) return code;
+  handle = ++last_handle_;
+  streams_.emplace(handle, stream);
+  return BASS_OK;
+}
+
+std::shared_ptr<Stream> Engine::find(HSTREAM handle) {
+  const Lock lock(mutex_);
+  const auto found = streams_.find(handle);
+  return found == streams_.end() ? nullptr : found->second;
+}
+
+int Engine::freeStream(HSTREAM handle) {
+  std::shared_ptr<Stream> stream;
+  {
+    const Lock lock(mutex_);
+    const auto found = streams_.find(handle);
+    if (found == streams_.end()) return BASS_ERROR_HANDLE;
+    stream = std::move(found->second);
+    streams_.erase(found);
+  }
+  stream->stop();
+  release(std::move(stream));
+  releaseLeftOver();
+  return BASS_OK;
+}
+
+void Engine::release(std::shared_ptr<Stream> stream) {
+  if (!stream->isOwnThread()) return stream->close();
+  const Lock lock(mutex_);
+  left_over_.push_back(std::move(stream));
+}
+
+void Engine::releaseLeftOver() {
+  Streams free_now;
+  {
+    const Lock lock(mutex_);
+    const auto own = std::partition(left_over_.begin(), left_over_.end(),
+                                    [](const auto& stream) { return stream->isOwnThread(); });
+    free_now.assign(std::move_iterator(own), std::move_iterator(left_over_.end()));
+    left_over_.erase(own, left_over_.end());
+  }
+  for (const auto& stream : free_now) stream->close();
+}
+
+int Engine::stopStream(HSTREAM handle) {
+  if (const auto stream = find(handle)) {
+    stream->stop();
+    return BASS_OK;
+  }
+  Streams opening;
+  {
+    const Lock lock(mutex_);
+    opening = opening_;
+  }
+  for (const auto& stream : opening) stream->stop();
+  return BASS_ERROR_HANDLE;
+}
+
+int Engine::setVolume(HSTREAM handle, int volume) {
+  const auto stream = find(handle);
+  if (!stream) return BASS_ERROR_HANDLE;
+  const Lock lock(mutex_);
+  if (volume < 0 || static_cast<BASS_DWORD>(volume) > max_volume_) return BASS_ERROR_ILLPARAM;
+  stream->setGain(static_cast<float>(volume) / static_cast<float>(max_volume_));
+  return BASS_OK;
+}
+
+int Engine::setSync(HSTREAM handle, BASS_DWORD type, SYNCPROC* proc, uintptr_t user, HSYNC& sync) {
+  const auto stream = find(handle);
+  if (!stream) return BASS_ERROR_HANDLE;
+  if (type != BASS_SYNC_META) return BASS_ERROR_ILLTYPE;
+  if (proc == nullptr) return BASS_ERROR_ILLPARAM;
+  {
+    const Lock lock(mutex_);
+    sync = ++last_handle_;
+  }
+  stream->setTitleSync(sync, handle, proc, user);
+  return BASS_OK;
+}
+
+}  // namespace engine

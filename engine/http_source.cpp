@@ -1,0 +1,108 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "engine/byte_source.h"
+
+namespace engine {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr auto kConnectTime = seconds(6);
+constexpr auto kAnswerTime = seconds(10);
+constexpr auto kSilenceTime = seconds(15);
+constexpr size_t kLongestHead = 64 * 1024;
+
+class HttpSource final : public ByteSource {
+ public:
+  explicit HttpSource(const Interrupt& interrupt) : interrupt_(interrupt), socket_(interrupt) {}
+
+  NetError open(const Url& url, const StatusSink& status);
+  const ResponseHead& head() const override { return head_; }
+  NetError read(uint8_t* to, size_t room, size_t& got) override;
+
+ private:
+  NetError connect(const Url& url);
+  NetError readHead();
+
+  const Interrupt& interrupt_;
+  Socket socket_;
+  ResponseHead head_;
+  std::string early_;  ///< body bytes that came with the head
+  size_t early_taken_ = 0;
+};
+
+// 1.0, since a stream has no use for chunks and old radio servers know nothing else.
+std::string requestText(const Url& url) {
+  return "GET " + url.path + " HTTP/1.0\r\nHost: " + url.hostHeader() +
+         "\r\nUser-Agent: Kestrel/" KESTREL_VERSION
+         "\r\nAccept: */*\r\nIcy-MetaData: 1\r\nConnection: close\r\n\r\n";
+}
+
+NetError HttpSource::open(const Url& url, const StatusSink& status) {
+  status(std::string("connecting...") + '\0');
+  if (const NetError error = connect(url); error != NetError::none) return error;
+  status(std::string("waiting for the server...") + '\0');
+  const NetError error = socket_.sendAll(requestText(url), Clock::now() + kAnswerTime);
+  return error != NetError::none ? error : readHead();
+}
+
+NetError HttpSource::connect(const Url& url) {
+  const auto deadline = Clock::now() + kConnectTime;
+  std::vector<Address> addresses;
+  NetError error = resolveHost(url.host, url.port, interrupt_, deadline, addresses);
+  for (size_t i = 0; i < addresses.size(); ++i) {
+    // Each address gets its share of what is left, so that a dead one leaves time
+    // for the next.
+    const auto now = Clock::now();
+    const auto share = (deadline - now) / static_cast<int>(addresses.size() - i);
+    error = socket_.connect(addresses[i], now + share);
+    if (error == NetError::none || error == NetError::interrupted) break;
+  }
+  return error;
+}
+
+NetError HttpSource::readHead() {
+  const auto deadline = Clock::now() + kAnswerTime;
+  std::array<uint8_t, 4096> some;
+  size_t length = 0;
+  while (length == 0) {
+    size_t got = 0;
+    const NetError error = socket_.receive(some.data(), some.size(), deadline, got);
+    if (error != NetError::none) return error;
+    if (got == 0 || early_.size() + got > kLongestHead) return NetError::failed;
+    early_.append(reinterpret_cast<const char*>(some.data()), got);
+    length = headLength(early_);
+  }
+  auto head = parseHead(std::string_view(early_).substr(0, length));
+  if (!head) return NetError::unsupported;
+  head_ = std::move(*head);
+  early_taken_ = length;
+  return NetError::none;
+}
+
+NetError HttpSource::read(uint8_t* to, size_t room, size_t& got) {
+  if (early_taken_ < early_.size()) {
+    got = std::min(room, early_.size() - early_taken_);
+    std::memcpy(to, early_.data() + early_taken_, got);
+    early_taken_ += got;
+    if (early_taken_ == early_.size()) {
+      early_.clear();
+      early_taken_ = 0;
+    }
+    return NetError::none;
+  }
+  return socket_.receive(to, room, Clock::now() + kSilenceTime, got);
+}
+
+}  // namespace
+
+OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status) {
+  auto source = std::make_unique<HttpSource>(interrupt);
+  const NetError error = source->open(url, status);
+  if (error != NetError::none) return {nullptr, error};
+  return {std::move(source), NetError::none};
+}
+
+}  // namespace engine

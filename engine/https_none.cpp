@@ -1,0 +1,10 @@
+#include "engine/byte_source.h"
+
+namespace engine {
+
+OpenedSource openHttps(const Url& /*url*/, const Interrupt& /*interrupt*/,
+                       const StatusSink& /*status*/) {
+  return {nullptr, NetError::unsupported};
+}
+
+}  // namespace engine

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace player {
+
+/// A file that is being written, with the system's own calls: what has been
+/// flushed is on the disk, and nobody else has the file open. Closed at the end.
+class FileHandle {
+ public:
+  FileHandle() = default;
+  ~FileHandle() { close(); }
+  FileHandle(const FileHandle&) = delete;
+  FileHandle& operator=(const FileHandle&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return handle_ != kInvalid; }
+
+  /// Creates the file, or empties the one of that path (see app/files.h).
+  [[nodiscard]] bool create(const std::string& path);
+  [[nodiscard]] bool write(std::span<const std::byte> bytes);
+  [[nodiscard]] bool flush();
+  void close();
+
+ private:
+  static constexpr std::intptr_t kInvalid = -1;
+  std::intptr_t handle_ = kInvalid;
+};
+
+}  // namespace player

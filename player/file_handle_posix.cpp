@@ -1,0 +1,45 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "player/file_handle.h"
+
+namespace player {
+namespace {
+
+int native(std::intptr_t handle) {
+  return static_cast<int>(handle);
+}
+
+}  // namespace
+
+bool FileHandle::create(const std::string& path) {
+  close();
+  std::string native_path = path;
+  std::replace(native_path.begin(), native_path.end(), '\\', '/');
+  handle_ = ::open(native_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  return isOpen();
+}
+
+bool FileHandle::write(std::span<const std::byte> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(native(handle_), bytes.data(), bytes.size());
+    if (written <= 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+bool FileHandle::flush() {
+  // Some file systems have nothing to flush, and say so.
+  ::fdatasync(native(handle_));
+  return true;
+}
+
+void FileHandle::close() {
+  if (isOpen()) ::close(native(handle_));
+  handle_ = kInvalid;
+}
+
+}  // namespace player

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+
+#include "player/control_hook_win.h"
+#include "player/volume.h"
+#include "player/volume_slider_win.h"
+#include "tray/menu_tree.h"
+#include "window/unique_handle.h"
+#include "window/window.h"
+
+namespace player {
+
+/// The window `volform`: the volume's slider at the mouse, gone as soon as the
+/// listener turns to something else. User-interface thread.
+class VolForm final : public window::Window, private ControlHook {
+ public:
+  /// The volume and the menu (whose entry names the slider) outlive this.
+  VolForm(Volume& volume, const tray::MenuTree& menu);
+  ~VolForm() override;
+
+  /// Opens above the mouse pointer.
+  void mnuplayervolume_Click();
+
+ private:
+  std::optional<LRESULT> onMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
+  std::optional<LRESULT> onControl(HWND control, UINT message, WPARAM wparam,
+                                   LPARAM lparam) override;
+  void onDpiChanged() override { dress(); }
+  void dress();
+  void onPaint();
+  void background(Canvas& canvas) const;
+
+  Volume& volume_;
+  const tray::MenuTree& menu_;
+  VolumeSlider slider_;
+  Theme theme_ = Theme::current();
+  window::UniqueBitmap picture_;
+  window::UniqueFont font_;
+  int volume_listener_ = 0;
+};
+
+}  // namespace player

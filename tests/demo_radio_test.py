@@ -1,0 +1,338 @@
+"""What other tests rely on in the demo radio.  demo_radio_test.py PROGRAM SOUNDS"""
+
+import array
+import cmath
+import concurrent.futures
+import http.client
+import math
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from demo_radio import DemoRadio, drain, header, links, split, untitled
+
+GENRES = ("TopTen Alternative Classical Comedy Country Dance Funk Jazz Metal Mixed Pop Rap RnB "
+          "Rock Talk Techno 80s 70s World").split()
+PAGE = b"/directory/index.phtml?sgenre=Jazz&maxbitrate=999&numresult=5"
+WITH_TITLES = b"Icy-MetaData: 1"
+
+
+class Case(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.radio = DemoRadio(PROGRAM, SOUNDS, "--song-seconds", "1")
+        cls.stations = {s.mount: s for s in cls.radio.stations()}
+
+    @classmethod
+    def tearDownClass(cls):
+        code = cls.radio.stop()
+        assert code == 0, f"the server ended with {code}"
+
+    def page(self, query):
+        return links(self.radio.get("/directory/index.phtml?" + query))
+
+
+class Directory(Case):
+    def test_every_genre_lists_stations_whose_links_end_in_pls(self):
+        for genre in GENRES:
+            with self.subTest(genre):
+                found = self.page(f"sgenre={genre}&maxbitrate=999&numresult=500")
+                self.assertEqual(25, len(found))
+                for address, title in found:
+                    self.assertRegex(address, rb"^/sbin/kestrel-playlist\.pls\?rn=\d+&file=.*\.pls$")
+                    self.assertTrue(title.strip() and b"%#$" not in title)
+
+    def test_numresult_and_maxbitrate_are_honoured(self):
+        by_id = {s.id: s for s in self.stations.values()}
+        for kbit in 24, 32, 56, 128:
+            found = self.page(f"sgenre=Rock&maxbitrate={kbit}&numresult=500")
+            stations = [by_id[int(a.split(b"rn=")[1].split(b"&")[0])] for a, _ in found]
+            self.assertEqual(sorted(s.id for s in by_id.values() if s.genre == "Rock" and s.kbit <= kbit),
+                             sorted(s.id for s in stations))
+            self.assertTrue(stations)
+        self.assertEqual(7, len(self.page("sgenre=Rock&maxbitrate=999&numresult=7")))
+
+    def test_a_search_with_blanks_in_the_request_line_finds_any_of_its_words(self):
+        body, _ = self.radio.raw(b"/directory/index.phtml?s=porchlight blue&maxbitrate=999&numresult=50")
+        titles = [title.lower() for _, title in links(body)]
+        self.assertIn(b"porchlight country", titles)
+        self.assertIn(b"blue hour jazz", titles)
+        self.assertTrue(all(b"porchlight" in t or b"blue" in t for t in titles))
+        self.assertEqual([], self.page("s=xyzzy&maxbitrate=999&numresult=50"))
+        self.assertTrue(self.page("s=80s&maxbitrate=999&numresult=50"))
+
+    def test_names_come_in_two_encodings_with_entities_and_longer_than_a_menu_line(self):
+        titles = [t for genre in GENRES[1:]
+                  for _, t in self.page(f"sgenre={genre}&maxbitrate=999&numresult=25")]
+        valid = [t for t in titles if not t.isascii() and t.decode("utf-8", "ignore").encode() == t]
+        self.assertTrue(valid)
+        self.assertTrue([t for t in titles if not t.isascii() and t not in valid])
+        for part in b"&amp;", b"'":
+            self.assertTrue([t for t in titles if part in t])
+        self.assertTrue([t for t in titles if len(t) > 50])
+        self.assertEqual(len(titles), len(set(titles)))
+
+    def test_the_log_holds_the_request_as_it_came(self):
+        self.radio.get("/control/log?clear=1")
+        target = b"/directory/index.phtml?s=caf\xe9 +%41&maxbitrate=24&numresult=9"
+        self.radio.raw(target, b"User-Agent: Some/1.0", WITH_TITLES)
+        line = b"GET\t" + target + b"\tSome/1.0\t1\n"
+        self.assertEqual(line, self.radio.log())
+        with open(self.radio.log_file, "rb") as file:
+            self.assertTrue(file.read().endswith(line))
+
+    def test_one_connection_takes_many_requests(self):
+        connection = http.client.HTTPConnection("127.0.0.1", self.radio.port, timeout=5)
+        first = None
+        for _ in range(20):
+            connection.request("GET", PAGE.decode())
+            self.assertEqual(5, len(links(connection.getresponse().read())))
+            first = first or connection.sock
+            self.assertIs(first, connection.sock)
+        connection.close()
+
+
+class Playlists(Case):
+    def test_a_directory_link_gives_a_playlist_whose_streams_play(self):
+        address, title = self.page("sgenre=Jazz&maxbitrate=999&numresult=1")[0]
+        lines = self.radio.get(address.decode()).splitlines()
+        self.assertEqual(b"[playlist]", lines[0])
+        files = [line.split(b"=") for line in lines if b"file" in line.lower()]
+        self.assertTrue(3 <= len(files) <= 6)
+        for name, url in files:  # two pieces: no address holds "="
+            self.assertRegex(name, rb"^File\d$")
+            body, _ = self.radio.raw(url[len(self.radio.url):], seconds=0.5)
+            self.assertEqual(title, header(split(body)[0], b"icy-name"))
+
+    def test_the_same_streams_come_as_m3u(self):
+        lines = self.radio.get("/playlist/jazz-0.m3u").splitlines()
+        self.assertEqual(b"#EXTM3U", lines[0])
+        pls = self.radio.get("/playlist/jazz-0.pls")
+        urls = [line for line in lines if not line.startswith(b"#")]
+        self.assertTrue(urls and all(b"=" + url in pls for url in urls))
+
+
+class Streams(Case):
+    def test_headers_name_the_station_and_titles_stand_exactly_every_metaint_bytes(self):
+        station = self.stations["jazz-1"]
+        answer, _ = self.radio.raw(b"/stream/jazz-1", WITH_TITLES, seconds=2.5)
+        head, body = split(answer)
+        self.assertTrue(head.startswith(b"HTTP/1.0 200 OK"))
+        self.assertEqual(station.name, header(head, b"icy-name"))
+        self.assertEqual(b"128", header(head, b"icy-br"))
+        self.assertEqual(b"audio/mpeg", header(head, b"content-type"))
+        sound, titles = untitled(body, int(header(head, b"icy-metaint")))
+        self.assertGreater(len(titles), 3)
+        self.assertEqual(len(titles), len(set(titles)))
+        with open(os.path.join(SOUNDS, "bells-%02d.mp3" % self.tone(station)), "rb") as file:
+            loop = file.read()
+        self.assertIn(sound, loop * (len(sound) // len(loop) + 2))
+
+    @staticmethod
+    def tone(station):
+        return round(12 * math.log2(station.tone / 220))
+
+    def test_without_being_asked_it_sends_no_titles(self):
+        head, body = split(self.radio.raw(b"/stream/jazz-1", seconds=0.3)[0])
+        self.assertIsNone(header(head, b"icy-metaint"))
+        self.assertNotIn(b"StreamTitle", body)
+
+    def test_a_burst_comes_at_once_and_then_the_sound_in_its_own_time(self):
+        for target, burst in ((b"/stream/rock-2", 65536), (b"/bad/no-burst/stream/rock-2", 0),
+                              (b"/bad/burst-200000/stream/rock-2", 200000)):
+            with self.subTest(target):
+                begin = time.monotonic()
+                _, body = split(self.radio.raw(target, seconds=2)[0])
+                rate = self.stations["rock-2"].kbit * 125
+                expected = burst + rate * (time.monotonic() - begin)
+                self.assertAlmostEqual(expected, len(body), delta=0.15 * rate * 2)
+
+    def test_two_listeners_hear_the_same_at_the_same_time(self):
+        one, two = (self.radio.connect(b"/bad/burst-0/stream/rock-2") for _ in range(2))
+        first, second = (split(drain(client, seconds)[0])[1]
+                         for client, seconds in ((one, 1.0), (two, 0.1)))
+        self.assertIn(second[:4000], first)
+
+    @unittest.skipUnless(shutil.which("ffmpeg"), "needs ffmpeg")
+    def test_each_format_decodes_without_a_fault_to_the_stations_tone(self):
+        formats = {}
+        for station in self.stations.values():
+            formats.setdefault((station.codec, station.kbit, station.sample_rate), station)
+        self.assertEqual(8, len(formats))
+        for station in formats.values():
+            with self.subTest(station.mount):
+                # More than a loop, so that its seam is in it.
+                run = subprocess.run(
+                    ["ffmpeg", "-v", "error", "-t", "9", "-i",
+                     f"{self.radio.url}/bad/burst-300000/stream/{station.mount}",
+                     "-ac", "1", "-ar", "8000", "-f", "s16le", "-"], capture_output=True)
+                faults = [line for line in run.stderr.splitlines() if b"Header missing" not in line]
+                self.assertLessEqual(len(faults), 2, run.stderr)  # it starts within a frame
+                sound = array.array("h", run.stdout)[-16000:]
+                self.assertEqual(16000, len(sound))
+                levels = {hz: level(sound, hz) for hz in
+                          (station.tone * 2 ** (n / 12) for n in range(-12, 25))}
+                self.assertAlmostEqual(station.tone, max(levels, key=levels.get), delta=0.5)
+
+    def test_many_listeners_and_the_server_still_answers(self):
+        clients = [self.radio.connect(b"/stream/pop-%d" % (n % 25)) for n in range(200)]
+        time.sleep(0.5)
+        self.assertEqual(b"200\n", self.radio.get("/control/listeners"))
+        begin = time.monotonic()
+        self.radio.get(PAGE.decode())
+        self.assertLess(time.monotonic() - begin, 1)
+        for client in clients:
+            client.close()
+        deadline = time.monotonic() + 5
+        while self.radio.get("/control/listeners") != b"0\n" and time.monotonic() < deadline:
+            time.sleep(0.05)
+        self.assertEqual(b"0\n", self.radio.get("/control/listeners"))
+
+
+def level(sound, hz):
+    """How much of a frequency is in a sound of 8 kHz."""
+    turn, now, total = cmath.exp(-2j * math.pi * hz / 8000), 1, 0
+    for sample in sound:
+        total += sample * now
+        now *= turn
+    return abs(total)
+
+
+# target, how the connection ends (within 1.5 s), and what must hold of the answer
+PAGE_HABITS = (
+    (b"hang", "open", lambda a: a == b""),
+    (b"hang-headers", "open", lambda a: a.startswith(b"HTTP/1.1 200") and b"\r\n\r\n" not in a),
+    (b"hang-body", "open", lambda a: len(split(a)[1]) == announced(a) // 2),
+    (b"reset", "reset", lambda a: len(split(a)[1]) == announced(a) // 2),
+    (b"short-body", "end", lambda a: len(split(a)[1]) == announced(a) - 4096 and links(a)),
+    (b"slow-drip", "open", lambda a: 10 < len(split(a)[1]) <= 40),
+    (b"empty", "end", lambda a: announced(a) == 0 and a.endswith(b"\r\n\r\n")),
+    (b"garbage", "end", lambda a: a.startswith(b"HTTP/1.1 200") and not links(a)),
+    (b"not-found", "end", lambda a: a.startswith(b"HTTP/1.1 404")),
+    (b"server-error", "end", lambda a: a.startswith(b"HTTP/1.1 500")),
+    (b"html", "end", lambda a: a.startswith(b"HTTP/1.1 200") and not links(a)),
+    (b"no-stations", "end", lambda a: b"Harbour Station Directory" in a and not links(a)),
+    (b"redirect", "end", lambda a: a.startswith(b"HTTP/1.1 302") and
+     header(a, b"location").endswith(b"/good" + PAGE)),
+    (b"redirect-loop", "end", lambda a: header(a, b"location").endswith(b"/bad/redirect-loop" + PAGE)),
+)
+STREAM_HABITS = (
+    (b"hang", "open", lambda a: a == b""),
+    (b"hang-headers", "open", lambda a: a and b"\r\n\r\n" not in a),
+    (b"hang-body", "open", lambda a: len(split(a)[1]) == 20000),
+    (b"reset-30000", "reset", lambda a: len(split(a)[1]) == 30000),
+    (b"drop-1", "end", lambda a: len(split(a)[1]) > 65536),
+    (b"short-body", "end", lambda a: (announced(a), len(split(a)[1])) == (1000000, 50000)),
+    (b"slow-drip-1000", "open", lambda a: 500 < len(split(a)[1]) < 1700),
+    (b"garbage", "open", lambda a: header(a, b"content-type") == b"audio/aacp" and
+     split(a)[1].count(b"\xff\xf1") < 10),
+    (b"icy", "open", lambda a: a.startswith(b"ICY 200 OK\r\n") and header(a, b"icy-name")),
+    (b"icy,no-burst", "open", lambda a: a.startswith(b"ICY 200") and len(split(a)[1]) < 30000),
+    (b"icy-error", "end", lambda a: a.startswith(b"ICY 401")),
+    (b"no-type", "open", lambda a: header(a, b"icy-name") and not header(a, b"content-type")),
+    (b"not-found", "end", lambda a: a.startswith(b"HTTP/1.1 404")),
+    (b"empty", "end", lambda a: split(a)[1] == b""),
+    (b"redirect", "end", lambda a: header(a, b"location").endswith(b"/good/stream/pop-0")),
+)
+
+
+def announced(answer):
+    return int(header(answer, b"content-length"))
+
+
+class BadHabits(Case):
+    def check(self, cases, target):
+        with concurrent.futures.ThreadPoolExecutor(len(cases)) as pool:
+            answers = list(pool.map(lambda c: self.radio.raw(b"/bad/" + c[0] + target, seconds=1.5), cases))
+        for (habit, ending, holds), (answer, ended) in zip(cases, answers):
+            with self.subTest(habit):
+                self.assertEqual(ending, ended)
+                self.assertTrue(holds(answer), answer[:300])
+
+    def test_pages(self):
+        self.check(PAGE_HABITS, PAGE)
+
+    def test_streams(self):
+        self.check(STREAM_HABITS, b"/stream/pop-0")
+
+    def test_titles_late_by_the_wrong_metaint_are_not_where_they_should_be(self):
+        answer, _ = self.radio.raw(b"/bad/wrong-metaint-500/stream/pop-0", WITH_TITLES, seconds=0.5)
+        head, body = split(answer)
+        self.assertEqual(b"8192", header(head, b"icy-metaint"))
+        self.assertTrue(body[8692 + 1:].startswith(b"StreamTitle='"))
+
+    def test_a_stall_is_silent_for_its_time_and_then_goes_on(self):
+        client = self.radio.connect(b"/bad/stall-2,no-burst/stream/pop-0")
+        arrivals, begin = [], time.monotonic()
+        while time.monotonic() - begin < 5:
+            client.recv(65536)
+            arrivals.append(time.monotonic())
+        client.close()
+        gap = max(b - a for a, b in zip(arrivals, arrivals[1:]))
+        self.assertTrue(1.8 < gap < 2.6, gap)
+
+    def test_the_huge_page_has_20000_stations_in_64_mib(self):
+        page = self.radio.get("/bad/huge" + PAGE.decode(), timeout=60)
+        self.assertEqual(64 << 20, len(page))
+        self.assertEqual(20000, page.count(b"kestrel-playlist.pls"))
+
+    def test_ordinary_addresses_can_be_switched_for_a_number_of_requests(self):
+        self.radio.switch("directory", "no-stations", 2)
+        self.assertEqual([0, 0, 5], [len(links(self.radio.get(PAGE.decode()))) for _ in range(3)])
+        self.radio.switch("stream", "icy")
+        for _ in range(2):
+            answer, _ = self.radio.raw(b"/stream/pop-0", seconds=0.2)
+            self.assertTrue(answer.startswith(b"ICY "))
+            self.assertTrue(self.radio.raw(b"/good/stream/pop-0", seconds=0.2)[0].startswith(b"HTTP"))
+        self.radio.switch("stream", "none")
+        self.assertTrue(self.radio.raw(b"/stream/pop-0", seconds=0.2)[0].startswith(b"HTTP"))
+
+    def test_an_unknown_habit_or_address_is_refused(self):
+        for target, status in ((b"/bad/kindness/stream/pop-0", b"400"), (b"/stream/nowhere", b"404"),
+                               (b"/playlist/nowhere.pls", b"404"), (b"/control?for=x", b"400"),
+                               (b"/sbin/kestrel-playlist.pls?rn=1", b"404"), (b"/", b"404")):
+            self.assertEqual(status, self.radio.raw(target)[0][9:12], target)
+
+
+class Ending(unittest.TestCase):
+    def test_it_ends_at_once_with_listeners_hanging_on_it(self):
+        radio = DemoRadio(PROGRAM, SOUNDS)
+        clients = [radio.connect(t) for t in (b"/stream/pop-0", b"/bad/hang/stream/pop-0", b"/bad/hang" + PAGE)]
+        time.sleep(0.3)
+        begin = time.monotonic()
+        self.assertEqual(0, radio.stop())
+        self.assertLess(time.monotonic() - begin, 2)
+        for client in clients:
+            client.close()
+
+    def test_it_ends_with_its_parent(self):
+        script = ("import subprocess, sys, time\n"
+                  "p = subprocess.Popen(sys.argv[1:], stdout=subprocess.PIPE)\n"
+                  "p.stdout.readline(); print(p.pid, flush=True); time.sleep(60)")
+        parent = subprocess.Popen([sys.executable, "-c", script, PROGRAM, "--sounds", SOUNDS,
+                                   "--with-parent"], stdout=subprocess.PIPE)
+        child = int(parent.stdout.readline())
+        parent.send_signal(signal.SIGKILL)
+        parent.wait()
+        parent.stdout.close()
+        deadline = time.monotonic() + 5
+        while running(child) and time.monotonic() < deadline:
+            time.sleep(0.02)
+        self.assertFalse(running(child))
+
+
+def running(pid):
+    try:
+        with open(f"/proc/{pid}/stat") as file:
+            return file.read().split(") ")[1][0] != "Z"
+    except FileNotFoundError:
+        return False
+
+
+if __name__ == "__main__":
+    PROGRAM, SOUNDS = sys.argv[1:3]
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

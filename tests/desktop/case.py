@@ -1,0 +1,65 @@
+"""What the desktop tests share: one desktop and one radio for a class, the
+program started anew for each case with the settings that the case asks for."""
+
+import os
+import sys
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.append(os.path.dirname(HERE))  # the demo radio's client
+
+from demo_radio import DemoRadio, links  # noqa: E402
+from desktop import Desktop  # noqa: E402
+from kestrel import Kestrel  # noqa: E402
+
+RADIO = os.environ["KESTREL_RADIO"]  # folder of the built demo radio
+
+
+class Case(unittest.TestCase):
+    radio_options = ()
+    density = 96  # dots per inch
+
+    @classmethod
+    def setUpClass(cls):
+        cls.radio = DemoRadio(os.path.join(RADIO, "demo_radio"), os.path.join(RADIO, "sounds"),
+                              *cls.radio_options)
+        cls.addClassCleanup(cls.radio.stop)
+        cls.desktop = Desktop(cls.density)
+        cls.addClassCleanup(cls.desktop.close)
+        cls.kestrel = Kestrel(cls.desktop, f"127.0.0.1:{cls.radio.port}")
+
+    def setUp(self):
+        self.kestrel.forget_everything()
+        self.radio.get("/control/log?clear=1")
+        self.addCleanup(self._leave)
+
+    def start(self, *arguments, **settings):
+        """With an existing settings file, so that nothing is asked at the start."""
+        self.kestrel.write_settings(**{"showsplash": 0, **settings})
+        return self.kestrel.start(*arguments)
+
+    def requests(self):
+        """Targets that the radio was asked for, in order; its own control ones aside."""
+        lines = self.radio.log().splitlines()
+        return [t for t in (line.split(b"\t")[1] for line in lines) if not t.startswith(b"/control")]
+
+    def station_list(self, query):
+        """(title, address) of the stations on a directory page, as a cache file holds them."""
+        page = self.radio.get("/directory/index.phtml?" + query)
+        return [(title, self.radio.url.encode() + path) for path, title in links(page)]
+
+    def _leave(self):
+        if not self._outcome.success:
+            self.desktop.picture("failed-" + self.id().replace("__main__.", ""))
+        for kind in "directory", "playlist", "stream":
+            self.radio.switch(kind, "none")
+        process = self.kestrel.process
+        boxes = [box.text for box in self.kestrel.boxes()] if process else []
+        ended = process.poll() if process else None
+        self.kestrel.kill()
+        self.assertIsNone(ended, "the program ended by itself")
+        self.assertEqual([], boxes, "left open")
+
+
+def records(stations):
+    return b"".join(b"%s%%#$%s\r\n" % record for record in stations)

@@ -1,0 +1,162 @@
+#include <windows.h>
+// Needs windows.h first.
+#include <shellapi.h>
+
+#include <array>
+
+#include "probe.h"
+
+namespace desktop_test {
+namespace {
+
+constexpr UINT kPatience = 20'000;  // ms for a window's answer; the machine may be busy
+
+HWND window(const Words& words) {
+  return reinterpret_cast<HWND>(static_cast<INT_PTR>(number(words, 1)));
+}
+
+LRESULT ask(HWND target, UINT message, WPARAM wparam, LPARAM lparam) {
+  DWORD_PTR result = 0;
+  SetLastError(0);
+  if (SendMessageTimeoutW(target, message, wparam, lparam, SMTO_NORMAL, kPatience, &result) == 0)
+    fail("the window does not answer");
+  return static_cast<LRESULT>(result);
+}
+
+/// What a screen reader would get.
+std::wstring textOf(HWND target) {
+  std::wstring text(static_cast<std::size_t>(ask(target, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
+  const LRESULT length =
+      ask(target, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
+/// The caption as the system keeps it; a hanging window gives it too.
+std::wstring captionOf(HWND target) {
+  std::array<wchar_t, 512> text{};
+  GetWindowTextW(target, text.data(), static_cast<int>(text.size()));
+  return text.data();
+}
+
+void describe(Json& json, HWND target, const std::wstring& text) {
+  std::array<wchar_t, 128> name{};
+  GetClassNameW(target, name.data(), static_cast<int>(name.size()));
+  DWORD process = 0;
+  GetWindowThreadProcessId(target, &process);
+  RECT rect{};
+  GetWindowRect(target, &rect);
+  json.open('{');
+  json.key("window").value(static_cast<const void*>(target));
+  json.key("class").value(std::wstring_view(name.data()));
+  json.key("text").value(std::wstring_view(text));
+  json.key("process").value(static_cast<long long>(process));
+  json.key("id").value(static_cast<long long>(GetDlgCtrlID(target)));
+  json.key("visible").value(IsWindowVisible(target) != FALSE);
+  json.key("enabled").value(IsWindowEnabled(target) != FALSE);
+  json.key("topmost").value((GetWindowLongW(target, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0);
+  json.key("rect").value(rect);
+  json.close('}');
+}
+
+BOOL CALLBACK describeTop(HWND target, LPARAM json) {
+  describe(*reinterpret_cast<Json*>(json), target, captionOf(target));
+  return TRUE;
+}
+
+BOOL CALLBACK describeChild(HWND target, LPARAM json) {
+  describe(*reinterpret_cast<Json*>(json), target, textOf(target));
+  return TRUE;
+}
+
+void windows(const Words&, Json& answer) {
+  answer.open('[');
+  EnumWindows(describeTop, reinterpret_cast<LPARAM>(&answer));
+  answer.close(']');
+}
+
+void children(const Words& words, Json& answer) {
+  answer.open('[');
+  EnumChildWindows(window(words), describeChild, reinterpret_cast<LPARAM>(&answer));
+  answer.close(']');
+}
+
+void text(const Words& words, Json& answer) {
+  answer.value(std::wstring_view(textOf(window(words))));
+}
+
+void send(const Words& words, Json& answer) {
+  answer.value(static_cast<long long>(ask(window(words), static_cast<UINT>(number(words, 2)),
+                                          static_cast<WPARAM>(number(words, 3)),
+                                          static_cast<LPARAM>(number(words, 4)))));
+}
+
+void post(const Words& words, Json& answer) {
+  if (PostMessageW(window(words), static_cast<UINT>(number(words, 2)),
+                   static_cast<WPARAM>(number(words, 3)),
+                   static_cast<LPARAM>(number(words, 4))) == FALSE)
+    fail("posting");
+  answer.value(true);
+}
+
+/// copydata WINDOW DWDATA TEXT
+void copydata(const Words& words, Json& answer) {
+  COPYDATASTRUCT record{};
+  std::string data = words.at(3);
+  record.dwData = static_cast<ULONG_PTR>(number(words, 2));
+  record.cbData = static_cast<DWORD>(data.size());
+  record.lpData = data.data();
+  answer.value(static_cast<long long>(
+      ask(window(words), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&record))));
+}
+
+/// A registered message to every top-level window: broadcast NAME
+void broadcast(const Words& words, Json& answer) {
+  const UINT message = RegisterWindowMessageW(wide(words.at(1)).c_str());
+  if (PostMessageW(HWND_BROADCAST, message, 0, 0) == FALSE) fail("broadcasting");
+  answer.value(static_cast<long long>(message));
+}
+
+/// Takes an icon out of the tray behind its owner's back, as a new taskbar would:
+/// forgeticon WINDOW ID
+void forgeticon(const Words& words, Json& answer) {
+  NOTIFYICONDATAW record{};
+  record.cbSize = sizeof(record);
+  record.hWnd = window(words);
+  record.uID = static_cast<UINT>(number(words, 2));
+  answer.value(Shell_NotifyIconW(NIM_DELETE, &record) != FALSE);
+}
+
+void foreground(const Words&, Json& answer) {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  GetGUIThreadInfo(0, &info);
+  answer.open('{');
+  answer.key("window").value(static_cast<const void*>(GetForegroundWindow()));
+  answer.key("focus").value(static_cast<const void*>(info.hwndFocus));
+  answer.close('}');
+}
+
+struct Entry {
+  const char* name;
+  Command command;
+};
+constexpr Entry kCommands[] = {{"windows", windows},
+                               {"children", children},
+                               {"text", text},
+                               {"send", send},
+                               {"post", post},
+                               {"copydata", copydata},
+                               {"broadcast", broadcast},
+                               {"forgeticon", forgeticon},
+                               {"foreground", foreground}};
+
+}  // namespace
+
+Command windowCommand(const std::string& name) {
+  for (const Entry& entry : kCommands)
+    if (name == entry.name) return entry.command;
+  return nullptr;
+}
+
+}  // namespace desktop_test

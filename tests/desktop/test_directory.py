@@ -1,0 +1,176 @@
+"""A genre's "Reload": what the directory is asked, and what its answers do."""
+
+import time
+import unittest
+
+from case import Case, records
+from processes import wait_for
+
+OLD = [(b"Old Station", b"http://127.0.0.1:9/old.pls")]
+OFFLINE = "Not Online or Site unreachable"
+
+
+def query(word, value, bitrate=999, results="20"):
+    return f"{word}={value}&maxbitrate={bitrate}&numresult={results}"
+
+
+def target(*arguments, **options):
+    return b"/directory/index.phtml?" + query(*arguments, **options).encode()
+
+
+def shown(title):
+    """A station's title as bytes, as a menu shows it."""
+    try:
+        text = title.decode()
+    except UnicodeDecodeError:
+        text = title.decode("cp1252")
+    return text if len(text) <= 50 else text[:46] + " ..."
+
+
+class Directory(Case):
+    def reload(self, genre="Jazz"):
+        self.kestrel.choose("Genres", genre, "Reload")
+
+    def wait_requests(self, count):
+        wait_for(lambda: len(self.requests()) >= count, lambda: f"{count} requests; {self.requests()}")
+        wait_for(self.idle, "the end of the work")
+        return self.requests()
+
+    def idle(self):
+        return self.kestrel.form1().text == "Kestrel"
+
+    def icon_picture(self):
+        x, y = self.kestrel.icon()
+        return self.desktop.pixels((x - 8, y - 8, x + 8, y + 8))
+
+    def wait_box(self, seconds=20):
+        box = self.kestrel.box(seconds)
+        self.assertEqual(OFFLINE, box.text)
+        self.assertEqual(["OK"], [b.text.replace("&", "") for b in box.buttons])
+        box.close()
+
+    def has_old_station_only(self):
+        self.assertEqual(["Old Station", "-", "Reload"], self.kestrel.look("Genres", "Jazz").labels)
+        self.assertEqual(records(OLD), self.kestrel.read_list("Jazz"))
+
+    def test_reload_asks_for_its_genre_and_fills_menu_and_cache_byte_for_byte(self):
+        self.start()
+        for caption, key in (("Jazz", "Jazz"), ("Dance and House", "Dance"), ("Top 25 Streams", "TopTen"),
+                             ("The 80s", "80s"), ("World", "World")):
+            with self.subTest(caption):
+                self.radio.get("/control/log?clear=1")
+                self.reload(caption)
+                self.assertEqual([target("sgenre", key)], self.wait_requests(1))
+                stations = self.station_list(query("sgenre", key))
+                self.assertEqual(20, len(stations))
+                self.assertEqual([shown(title) for title, _ in stations] + ["-", "Reload"],
+                                 self.kestrel.look("Genres", caption).labels)
+                self.assertEqual(records(stations), self.kestrel.read_list(key))
+
+    def test_the_query_carries_the_bandwidth_and_the_number_as_it_stands(self):
+        for index, kbit in enumerate((999, 24, 32, 56, 128, 999)):
+            with self.subTest(index):
+                self.start(bitrate=index, maxentry="007")
+                self.radio.get("/control/log?clear=1")
+                self.reload("Rock")
+                self.assertEqual([target("sgenre", "Rock", bitrate=kbit, results="007")],
+                                 self.wait_requests(1))
+                self.kestrel.kill()
+
+    def test_a_page_without_stations_is_followed_by_one_search(self):
+        self.start()
+        self.radio.switch("directory", "no-stations", 1)
+        self.reload()
+        self.assertEqual([target("sgenre", "Jazz"), target("s", "Jazz")], self.wait_requests(2))
+        self.assertEqual(records(self.station_list(query("s", "Jazz"))), self.kestrel.read_list("Jazz"))
+
+    def test_pages_that_are_none_change_nothing_and_say_nothing(self):
+        self.kestrel.write_list("Jazz", OLD)
+        self.start()
+        for habit in "no-stations", "empty", "garbage", "html", "not-found", "server-error":
+            with self.subTest(habit):
+                self.radio.get("/control/log?clear=1")
+                self.radio.switch("directory", habit)
+                self.reload()
+                self.assertEqual([target("sgenre", "Jazz"), target("s", "Jazz")], self.wait_requests(2))
+                self.assertEqual([], self.kestrel.boxes())
+                self.has_old_station_only()
+
+    def test_broken_answers_are_reported_once_and_change_nothing(self):
+        self.kestrel.write_list("Jazz", OLD)
+        self.start()
+        for habit in "reset", "short-body", "huge", "redirect-loop":
+            with self.subTest(habit):
+                self.radio.switch("directory", habit)
+                self.reload()
+                self.wait_box()
+                wait_for(self.idle, "the end of the work")
+                self.assertEqual([], self.kestrel.boxes())
+                self.has_old_station_only()
+
+    def test_a_moved_page_is_found(self):
+        self.start()
+        self.radio.switch("directory", "redirect")
+        self.reload()
+        wait_for(lambda: len(self.kestrel.look("Genres", "Jazz").items) == 22, "the stations")
+
+    def test_a_silent_directory_is_given_up_and_quit_does_not_wait_for_it(self):
+        self.kestrel.write_list("Jazz", OLD)
+        self.start()
+        self.desktop.move((20, 20))
+        idle_icon = self.icon_picture()
+        self.radio.switch("directory", "hang")
+        self.reload()
+        wait_for(lambda: self.kestrel.form1().text == "Loading Data", "the tooltip's text")
+        wait_for(lambda: self.icon_picture() != idle_icon, "the working icon")
+        self.has_old_station_only()  # the menus live meanwhile
+        self.wait_box(35)
+        self.assertEqual([target("sgenre", "Jazz")], self.wait_requests(1))
+        wait_for(lambda: self.icon_picture() == idle_icon, "the normal icon")
+        self.reload()
+        wait_for(lambda: not self.idle(), "the work to begin")
+        begin = time.monotonic()
+        self.kestrel.quit()
+        self.assertLess(time.monotonic() - begin, 8)  # a dead server is waited for longer
+        self.assertEqual("20", self.kestrel.setting("maxentry"))
+
+    def test_a_second_reload_takes_the_place_of_one_that_waits(self):
+        self.kestrel.write_list("Jazz", OLD)
+        self.start()
+        self.radio.switch("directory", "hang", 1)
+        self.reload("Jazz")
+        wait_for(lambda: not self.idle(), "the work to begin")
+        self.reload("Rock")
+        wait_for(self.idle, "the end of the work")
+        self.assertEqual(records(self.station_list(query("sgenre", "Rock"))), self.kestrel.read_list("Rock"))
+        self.assertEqual([], self.kestrel.boxes())
+        self.has_old_station_only()
+
+    def test_the_station_that_was_chosen_stays_marked(self):
+        self.start(player=9)  # a station's click fetches its playlist and does no more
+        self.reload()
+        self.wait_requests(1)
+        title = shown(self.station_list(query("sgenre", "Jazz"))[2][0])
+        self.kestrel.choose("Genres", "Jazz", title)
+        self.wait_requests(2)
+        for _ in range(2):
+            menu = self.kestrel.look("Genres", "Jazz")
+            self.assertEqual([title], [i.label for i in menu.items if i.checked])
+            self.reload()
+            wait_for(self.idle, "the end of the work")
+
+
+class NoDirectory(Case):
+    def test_a_refused_connection_is_reported(self):
+        self.kestrel.direct_to("127.0.0.1:9")
+        self.start()
+        self.kestrel.choose("Genres", "Jazz", "Reload")
+        box = self.kestrel.box()
+        self.assertEqual(OFFLINE, box.text)
+        self.desktop.picture("not-online")
+        box.close()
+        self.assertEqual(["Reload"], self.kestrel.look("Genres", "Jazz").labels)
+
+
+if __name__ == "__main__":
+    unittest.main()

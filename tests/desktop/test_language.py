@@ -1,0 +1,91 @@
+"""Language files in the running program: menus, windows, letters of every kind."""
+
+import os
+import unittest
+
+from case import Case
+from kestrel import PROGRAM
+from processes import wait_for
+
+FILES = os.path.join(PROGRAM, "lang")  # as shipped
+
+
+def texts(name):
+    """A shipped file's entries by id."""
+    with open(os.path.join(FILES, name), encoding="utf-8", newline="\r\n") as file:
+        lines = [line.rstrip("\r\n") for line in file]
+    return dict(line.split(":", 1) for line in lines if ":" in line and line[0] not in "#'")
+
+
+class Language(Case):
+    def names(self, table, *ids):
+        return [table[str(i)] for i in ids]
+
+    def own_file(self, name, content):
+        folder = os.path.join(self.kestrel.data, "lang")
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, name), "wb") as file:
+            file.write(content)
+
+    def assert_speaks(self, name):
+        """Every menu has the file's texts, letter by letter."""
+        table = texts(name)
+        menu = self.kestrel.open_menu()
+        labels = [label for label in menu.labels if label != "-"]
+        self.assertEqual(self.names(table, 1002, 1026, 1041, 1033, 1034, 1035), labels)
+        player = self.kestrel.hover(menu, table["1041"])
+        self.assertEqual(self.names(table, 1042, 1043, 1048, 1045),
+                         [label for label in player.labels if label in table.values()])
+        bandwidth = self.kestrel.hover(menu, table["1026"])
+        self.assertEqual(self.names(table, *range(1027, 1033)), bandwidth.labels)
+        genres = self.kestrel.hover(menu, table["1002"])
+        self.assertEqual(self.names(table, *range(1003, 1022), 1038, 1024, 1023),
+                         [label for label in genres.labels if label != "-"])
+        self.assertEqual([table["1039"]], self.kestrel.hover(genres, table["1038"]).labels)
+        self.assertEqual(self.names(table, 1025, 5001), self.kestrel.hover(genres, table["1024"]).labels[:2])
+        self.assertEqual([table["1022"]], self.kestrel.hover(genres, table["1009"]).labels)
+        self.desktop.picture("language-" + name.split(".")[0])
+        self.kestrel.close_menus()
+
+    def test_the_menus_speak_each_language(self):
+        for name in sorted(os.listdir(FILES)):
+            with self.subTest(name):
+                self.start(language=name)
+                self.assert_speaks(name)
+                self.kestrel.kill()
+
+    def test_splash_and_player_window_speak_it_too(self):
+        german = texts("german.kesl")
+        self.kestrel.write_settings(language="german.kesl", playerstart=1)
+        self.kestrel.process = self.kestrel.launch()
+        splash = wait_for(lambda: self.desktop.probe.windows(class_name="KestrelSplash", visible=True),
+                          "the splash")[0]
+        labels = [child.text for child in self.desktop.probe.children(splash)]
+        self.assertIn(german["0001"], labels)
+        wait_for(self.kestrel.icon, "the icon", 30)
+        self.kestrel.start_agent()
+        self.assertEqual(german["6005"], self.kestrel.control("pin").text)
+        self.assertEqual(german["6006"], self.kestrel.control("mini").text)
+
+    def test_old_files_show_their_letters_and_hostile_ones_do_no_harm(self):
+        self.own_file("old.kesl", "1033:Größe\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
+        self.start(language="old.kesl")
+        menu = self.kestrel.look()
+        self.assertEqual(["Größe", "About", "Fin e"], [menu.labels[i] for i in (5, 7, 9)])
+        self.kestrel.kill()
+        self.own_file("noise.kesl", bytes(range(256)) * 2000 + b"\n1035:" + b"x" * 100000)
+        self.start(language="noise.kesl")
+        self.assertEqual(0, self.kestrel.quit())
+
+    def test_a_language_found_only_beside_the_program_is_kept_with_the_users_files(self):
+        self.start(language="polish.kesl")
+        with open(os.path.join(FILES, "polish.kesl"), "rb") as shipped, \
+                open(os.path.join(self.kestrel.data, "lang", "polish.kesl"), "rb") as own:
+            self.assertEqual(shipped.read(), own.read())
+        self.kestrel.choose(texts("polish.kesl")["1035"])
+        self.assertEqual(0, self.kestrel.wait_end())
+        self.assertEqual("polish.kesl", self.kestrel.setting("language"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,372 @@
+"""Reload of all genres, search and favourites, by mouse and by keyboard."""
+
+import os
+import time
+import unittest
+
+import sound
+from case import Case, records
+from processes import wait_for
+
+IDOK, IDCANCEL = 1, 2
+HEADING, STATUS, COUNT, BAR, ABORT = range(1001, 1006)  # of the reload window
+SEARCH_WORDS = 1002
+LIST, REMOVE = 1001, 1002  # of the organiser
+WM_ENDSESSION = 0x16
+KEYS = ("TopTen", "Alternative", "Classical", "Comedy", "Country", "Dance", "Funk")
+
+
+def genres(*visible):
+    return ";".join("1" if i in visible else "0" for i in range(20))
+
+
+class Lists(Case):
+    def form(self, name):
+        return next(iter(self.kestrel.windows(class_name=name, visible=True)), None)
+
+    def wait_form(self, name):
+        window = wait_for(lambda: self.form(name), lambda: f"{name}; {self.kestrel.state()}")
+        left, top, _, _ = window.rect
+        self.desktop.move((left + 4, top + 4))  # where its keys are its own
+        return window
+
+    def wait_no_form(self, name, seconds=10):
+        wait_for(lambda: not self.form(name), f"{name} to go", seconds)
+
+    def control(self, form, number):
+        return next(c for c in self.desktop.probe.children(self.form(form)) if c.id == number)
+
+    def click(self, form, number):
+        self.desktop.click(self.control(form, number).middle)
+
+    def type(self, text):
+        self.desktop.key(*["space" if c == " " else c for c in text])
+
+    def genres_asked(self):
+        return [r.split(b"sgenre=")[1].split(b"&")[0].decode() for r in self.requests() if b"sgenre=" in r]
+
+    def wait_asked(self, count):
+        wait_for(lambda: len(self.genres_asked()) >= count, lambda: f"{count} genres; {self.genres_asked()}", 20)
+
+    def idle(self):
+        return self.kestrel.form1().text == "Kestrel"
+
+    def wait_idle(self):
+        wait_for(self.idle, "the end of the work", 30)
+
+    def reload_all(self):
+        self.kestrel.choose("Genres", "Reload all")
+
+    def has_list(self, key):
+        return os.path.exists(self.kestrel.list_file(key))
+
+
+class Reload(Lists):
+    slow = "slow-drip-6000"  # some tenths of a second for a page
+
+    def test_the_window_tells_how_far_it_is_and_goes(self):
+        self.start(genre=genres(0, 1, 3, 19))
+        self.radio.switch("directory", "slow-drip-2000")
+        self.reload_all()
+        self.wait_form("reloadform")
+        self.wait_asked(2)
+        wait_for(lambda: self.control("reloadform", COUNT).text == "2 / 3", "the second of three")
+        self.assertEqual("Reload Entrys for all Genres", self.control("reloadform", HEADING).text)
+        self.assertEqual("Loading Data for Alternative", self.control("reloadform", STATUS).text)
+        self.assertEqual("Cancel", self.control("reloadform", IDCANCEL).text)
+        self.assertEqual("Loading Data", self.kestrel.form1().text)
+        self.desktop.picture("reload-all")
+        self.radio.switch("directory", "none")
+        self.wait_no_form("reloadform", 30)
+        self.wait_idle()
+        self.assertEqual(["TopTen", "Alternative", "Comedy"], self.genres_asked())
+        for key in "TopTen", "Alternative", "Comedy":
+            page = self.station_list(f"sgenre={key}&maxbitrate=999&numresult=20")
+            self.assertEqual(records(page), self.kestrel.read_list(key))
+        self.assertFalse(self.has_list("Classical"))
+        self.assertEqual(22, len(self.kestrel.look("Genres", "Comedy").items))
+
+    def test_without_its_window(self):
+        self.start(showreloadallwindow=0, genre=genres(0, 1))
+        self.radio.switch("directory", self.slow)
+        self.reload_all()
+        self.wait_asked(2)
+        self.assertIsNone(self.form("reloadform"))
+        self.wait_idle()
+
+    def cancel_in_the_fifth(self, cancel):
+        self.start()
+        self.radio.switch("directory", self.slow)
+        self.reload_all()
+        self.wait_form("reloadform")
+        self.wait_asked(5)
+        cancel()
+        wait_for(lambda: self.control("reloadform", ABORT).text == "Reload Aborted - Please Wait!", "the abort", 2)
+        self.assertFalse(self.control("reloadform", IDCANCEL).enabled)
+        self.desktop.picture("reload-aborted")
+        self.wait_no_form("reloadform", 30)
+        self.wait_idle()
+        self.assertEqual(list(KEYS[:5]), self.genres_asked())
+        self.assertTrue(self.has_list("Country"))  # the fifth is still finished
+
+    def test_cancel_by_mouse_in_the_fifth_genre(self):
+        self.cancel_in_the_fifth(lambda: self.click("reloadform", IDCANCEL))
+
+    def test_cancel_by_keyboard_in_the_fifth_genre(self):
+        self.cancel_in_the_fifth(lambda: self.desktop.key("Escape"))
+
+    def test_a_cancelled_reload_leaves_nothing_on_the_next(self):
+        self.start(genre=genres(0, 1))
+        self.radio.switch("directory", self.slow)
+        self.reload_all()
+        self.wait_form("reloadform")
+        self.click("reloadform", IDCANCEL)
+        self.wait_no_form("reloadform", 30)
+        self.reload_all()
+        self.wait_form("reloadform")
+        self.assertTrue(self.control("reloadform", IDCANCEL).enabled)
+        self.assertEqual("", self.control("reloadform", ABORT).text)
+        self.wait_no_form("reloadform", 30)
+        self.assertEqual(["TopTen", "TopTen", "Alternative"], self.genres_asked())
+
+    def test_a_broken_connection_is_told_once_and_ends_it(self):
+        self.start()
+        self.radio.switch("directory", self.slow)
+        self.reload_all()
+        self.wait_asked(2)
+        self.radio.switch("directory", "reset")
+        box = self.kestrel.box()
+        self.assertEqual("Not Online or Site unreachable", box.text)
+        box.close()
+        self.wait_no_form("reloadform")
+        self.wait_idle()
+        self.assertEqual(list(KEYS[:3]), self.genres_asked())
+        self.assertEqual([], self.kestrel.boxes())
+
+    def test_quit_in_the_middle_of_one(self):
+        self.kestrel.write_list("Alternative", [(b"Old", b"http://127.0.0.1:9/1")])
+        self.start()
+        self.radio.switch("directory", self.slow, 1)
+        self.reload_all()
+        self.wait_asked(1)
+        self.radio.switch("directory", "hang")
+        self.wait_asked(2)
+        begin = time.monotonic()
+        self.kestrel.quit()
+        self.assertLess(time.monotonic() - begin, 5)
+        self.assertEqual(records([(b"Old", b"http://127.0.0.1:9/1")]), self.kestrel.read_list("Alternative"))
+        self.assertTrue(self.has_list("TopTen"))
+        self.assertEqual("20", self.kestrel.setting("maxentry"))
+
+    def test_a_second_one_takes_over_from_one_that_waits(self):
+        self.start(genre=genres(0, 1, 2))
+        self.radio.switch("directory", "hang", 1)
+        self.reload_all()
+        self.wait_asked(1)
+        self.reload_all()
+        self.wait_no_form("reloadform", 30)
+        self.wait_idle()
+        self.assertEqual(["TopTen", "TopTen", "Alternative", "Classical"], self.genres_asked())
+        self.assertEqual([], self.kestrel.boxes())
+
+    def test_a_station_plays_meanwhile_and_it_goes_on(self):
+        self.kestrel.write_list("Rock", [(b"The Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
+        self.start(player=2, genre=genres(0, 1, 2, 13))
+        self.radio.switch("directory", "hang", 1)
+        self.reload_all()
+        self.wait_asked(1)
+        self.kestrel.choose("Genres", "Rock", "The Station")
+        wait_for(lambda: sound.loudness(self.desktop.speakers.listen(0.2)) > 0.01, "sound", 10)
+        self.wait_no_form("reloadform", 30)
+        self.assertEqual(["TopTen", "TopTen", "Alternative", "Classical", "Rock"], self.genres_asked())
+        self.assertEqual([], self.kestrel.boxes())
+
+    def test_at_the_start_if_the_settings_say_so(self):
+        self.radio.switch("directory", self.slow)
+        self.start(reloadonstartup=1, genre=genres(0, 1))
+        self.wait_form("reloadform")
+        self.wait_no_form("reloadform", 30)
+        self.assertEqual(["TopTen", "Alternative"], self.genres_asked())
+
+
+class Search(Lists):
+    stations = [(b"Old Result", b"http://127.0.0.1:9/old.pls")]
+
+    def setUp(self):
+        super().setUp()
+        self.kestrel.write_list("search", self.stations)
+        self.start(player=9)
+
+    def open(self):
+        self.kestrel.choose("Genres", "Search", "New Search")
+        return self.wait_form("searchform")
+
+    def asked(self):
+        # Wine's library encodes a blank even when told not to.
+        return [r.replace(b"%20", b" ") for r in self.requests() if b"?s=" in r]
+
+    def wait_results(self, words):
+        wait_for(self.asked, "the request")
+        self.wait_idle()
+        self.assertEqual([b"/directory/index.phtml?s=" + words + b"&maxbitrate=999&numresult=20"], self.asked())
+        self.assertEqual("New Search", self.kestrel.look("Genres", "Search").labels[-1])
+
+    def test_enter_in_the_box_searches(self):
+        self.open()
+        self.type("night jazz")
+        self.desktop.picture("search")
+        self.desktop.key("Return")
+        self.wait_no_form("searchform")
+        self.wait_results(b"night jazz")
+        page = self.station_list("s=night%20jazz&maxbitrate=999&numresult=20")
+        self.assertEqual(len(page), len(self.kestrel.read_list("search").splitlines()))
+
+    def test_the_buttons_and_the_words_that_were_there_before(self):
+        self.open()
+        self.type("rock")
+        self.click("searchform", IDOK)
+        self.wait_results(b"rock")
+        self.radio.get("/control/log?clear=1")
+        self.open()
+        self.assertEqual("rock", self.control("searchform", SEARCH_WORDS).text)
+        self.type("soul")  # takes the place of what is selected
+        self.desktop.key("Tab", "space")
+        self.wait_results(b"soul")
+
+    def test_after_cancel_nothing_in_the_list_works_until_the_next_search(self):
+        for cancel in (lambda: self.click("searchform", IDCANCEL), lambda: self.desktop.key("Escape")):
+            self.open()
+            self.type("x")
+            cancel()
+            self.wait_no_form("searchform")
+            self.kestrel.choose("Genres", "Search", "Old Result")
+            time.sleep(0.5)
+            self.assertEqual([], self.requests())
+            self.assertTrue(self.idle())
+        self.open()
+        self.desktop.key("BackSpace", "Return")
+        self.wait_results(b"")
+
+    def test_a_click_on_the_icon_leads_back_to_the_dialog(self):
+        form = self.open()
+        self.desktop.click(self.kestrel.icon())
+        wait_for(lambda: self.desktop.probe.ask("foreground")["window"] == form.handle, "it to be in front")
+        self.assertEqual([], self.kestrel.popups())
+        self.desktop.key("Escape")
+        self.wait_no_form("searchform")
+
+    def test_the_end_of_the_session_ends_the_dialog(self):
+        self.open()
+        self.desktop.probe.send(self.kestrel.form1(), WM_ENDSESSION, 1)
+        self.assertEqual(0, self.kestrel.wait_end())
+        self.assertEqual([], self.requests())
+
+
+class Favourites(Lists):
+    four = [(b"One", b"http://127.0.0.1:9/1"), (b"Two", b"http://127.0.0.1:9/2"),
+            (b"Three & more", b"http://127.0.0.1:9/3"), ("Österreich".encode(), b"http://127.0.0.1:9/4")]
+
+    def begin(self, favourites):
+        self.kestrel.write_list("favs", favourites)
+        self.start(player=9)
+
+    def organise(self):
+        self.kestrel.choose("Genres", "Favorites", "Organize Favorites")
+        return self.wait_form("editfavs")
+
+    def titles(self):
+        return self.kestrel.look("Genres", "Favorites").labels[3:]
+
+    def row(self, number):
+        """Middle of a row's check box."""
+        left, top, _, _ = self.control("editfavs", LIST).rect
+        return left + 11, top + 24 + number * 14
+
+    def confirmed(self, *titles):
+        self.wait_no_form("editfavs")
+        self.assertEqual(list(titles), self.titles())
+        self.kestrel.quit()
+        by_title = {t.decode(): (t, u) for t, u in self.four}
+        self.assertEqual(records(by_title[t] for t in titles), self.kestrel.read_list("favs"))
+        self.kestrel.start()
+        self.assertEqual(list(titles), self.titles())
+
+    def test_the_station_clicked_last_is_added_and_kept(self):
+        self.kestrel.write_list("Jazz", [(b"My Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
+        self.begin(self.four[:1])
+        self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
+        self.assertEqual(["One"], self.titles())  # nothing was chosen yet
+        self.kestrel.choose("Genres", "Jazz", "My Station")
+        self.wait_idle()
+        self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
+        self.assertEqual(["One", "My Station"], self.titles())
+        self.kestrel.quit()
+        self.kestrel.start()
+        self.assertEqual(["One", "My Station"], self.titles())
+
+    def test_checked_ones_are_removed_by_mouse(self):
+        self.begin(self.four)
+        self.organise()
+        self.assertEqual("Organize Favorites", self.form("editfavs").text)
+        self.assertFalse(self.control("editfavs", REMOVE).enabled)
+        self.desktop.click(self.row(0))
+        self.desktop.click(self.row(2))
+        self.desktop.picture("organise")
+        self.click("editfavs", REMOVE)
+        self.click("editfavs", IDOK)
+        self.confirmed("Two", "Österreich")
+
+    def test_the_keyboard_moves_checks_and_removes(self):
+        self.begin(self.four)
+        self.organise()
+        self.desktop.key("Down", "alt+Down", "Home", "space", "Delete", "Return")
+        self.confirmed("Three & more", "Two", "Österreich")
+
+    def test_cancel_changes_nothing(self):
+        self.begin(self.four)
+        self.organise()
+        self.desktop.key("ctrl+a", "Delete")
+        wait_for(lambda: not self.control("editfavs", REMOVE).enabled, "nothing to remove")
+        self.desktop.key("Escape")
+        self.confirmed("One", "Two", "Three & more", "Österreich")
+
+    def test_without_the_last_one_the_file_stays(self):
+        self.begin(self.four[:1])
+        self.organise()
+        self.desktop.key("ctrl+a", "Delete", "Return")
+        self.wait_no_form("editfavs")
+        self.assertEqual([], self.titles())
+        self.kestrel.quit()
+        self.assertEqual(records(self.four[:1]), self.kestrel.read_list("favs"))
+
+
+class DenseScreen(Lists):
+    """Everything twice as large."""
+
+    density = 192
+
+    def test_windows_hold_their_controls(self):
+        self.kestrel.write_list("favs", Favourites.four)
+        self.start(genre=genres(0, 1))
+        self.radio.switch("directory", "hang", 1)
+        self.reload_all()
+        self.holds_its_controls("reloadform")
+        self.radio.switch("directory", "none")
+        self.click("reloadform", IDCANCEL)
+        self.kestrel.choose("Genres", "Top 25 Streams", "Reload")  # in the place of the one that hangs
+        self.wait_no_form("reloadform", 30)
+        self.kestrel.choose("Genres", "Favorites", "Organize Favorites")
+        self.holds_its_controls("editfavs")
+        self.desktop.key("Escape")
+
+    def holds_its_controls(self, name):
+        left, top, right, bottom = self.wait_form(name).rect
+        for control in self.desktop.probe.children(self.form(name)):
+            inside = left <= control.rect[0] and control.rect[2] <= right and top <= control.rect[1] and \
+                control.rect[3] <= bottom
+            self.assertTrue(inside, control)
+        self.desktop.picture(name + "-200")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,190 @@
+"""The tray icon's menus under a user's hands."""
+
+import shutil
+import time
+import unittest
+
+from case import Case
+from kestrel import LEFT, RIGHT
+from processes import wait_for
+
+GENRES = ["Top 25 Streams", "Alternative", "Classical", "Comedy", "Country", "Dance and House", "Funk",
+          "Jazz", "Metal", "Mixed", "Pop", "Rap", "RnB", "Rock", "Talk", "Techno", "The 80s", "The 70s",
+          "World", "Search"]
+BANDWIDTHS = ["all bitrates", "28.8 Modem", "33.6 Modem", "56k Modem", "128k ISDN", "DSL/Cable/Lan"]
+PLAYER = ["Play", "Stop", "-", "Volume", "-", "Open Window"]
+FIRST = {0: "Genres", 1: "Top 25 Streams", 2: "Play"}  # line of the menu that a mouse action opens
+
+
+def stations(count):
+    return [(b"Station %d" % n, b"http://127.0.0.1:9/%d.pls" % n) for n in range(1, count + 1)]
+
+
+class Menus(Case):
+    def test_the_main_menu(self):
+        self.start()
+        menu = self.kestrel.open_menu()
+        self.assertEqual(["Genres", "Bandwidth", "-", "Player", "-", "Settings", "-", "About", "-", "Quit"],
+                         menu.labels)
+        self.assertEqual([], [i.label for i in menu.items if i.greyed])
+        genres = self.kestrel.hover(menu, "Genres")
+        self.assertEqual([*GENRES, "-", "Favorites", "-", "Reload all"], genres.labels)
+        self.assertEqual(["Reload"], self.kestrel.hover(genres, "Jazz").labels)
+        self.assertEqual(["New Search"], self.kestrel.hover(genres, "Search").labels)
+        self.assertEqual(["Add Actual Selection", "Organize Favorites", "-"],
+                         self.kestrel.hover(genres, "Favorites").labels)
+        bandwidth = self.kestrel.hover(menu, "Bandwidth")
+        self.assertEqual(BANDWIDTHS, bandwidth.labels)
+        self.assertEqual(["all bitrates"], [i.label for i in bandwidth.items if i.checked])
+        player = self.kestrel.hover(menu, "Player")
+        self.assertEqual(PLAYER, player.labels[:len(PLAYER)])
+        self.assertEqual(["Play", "Stop"], [i.label for i in player.items if i.greyed])  # nothing to play yet
+        self.kestrel.close_menus()
+
+    def test_each_dialog_opens_from_its_entry_and_escape_closes_it(self):
+        self.start()
+        for path, name in ((("Settings",), "Form2"), (("About",), "Form3"),
+                           (("Genres", "Favorites", "Organize Favorites"), "editfavs"),
+                           (("Genres", "Search", "New Search"), "searchform")):
+            with self.subTest(name):
+                self.kestrel.choose(*path)
+                dialog = wait_for(lambda: self.kestrel.windows(class_name=name, visible=True), name)[0]
+                self.desktop.move((dialog.rect[0] + 5, dialog.rect[1] + 5))
+                self.desktop.picture(name)
+                self.desktop.key("Escape")
+                wait_for(lambda: not self.kestrel.windows(class_name=name, visible=True), "it to close")
+
+    def test_each_button_opens_the_menu_that_the_settings_say(self):
+        for left, right in ((0, 1), (1, 2), (2, 0), (3, -1)):
+            self.start(leftmouse=left, rightmouse=right)
+            for button, action in ((LEFT, left), (RIGHT, right)):
+                with self.subTest(button=button, action=action):
+                    if action in FIRST:
+                        self.assertEqual(FIRST[action], self.kestrel.look(button=button).labels[0])
+                    else:
+                        self.desktop.click(self.kestrel.icon(), button)
+                        time.sleep(0.3)
+                        self.assertEqual([], self.kestrel.popups())
+            self.kestrel.kill()
+
+    def test_a_button_opens_the_menu_when_it_is_released(self):
+        self.start()
+        for button in LEFT, RIGHT:
+            self.desktop.press(self.kestrel.icon(), button)
+            time.sleep(0.3)
+            self.assertEqual([], self.kestrel.popups())
+            self.desktop.release(button)
+            wait_for(self.kestrel.popups, "the menu")
+            self.kestrel.close_menus()
+
+    def test_escape_closes_one_menu_after_the_other(self):
+        self.start()
+        self.kestrel.browse("Genres", "Jazz")
+        for left in 2, 1, 0:
+            self.desktop.move(self.kestrel.popups()[-1].border)
+            self.desktop.key("Escape")
+            wait_for(lambda: len(self.kestrel.popups()) == left, f"{left} menus left")
+        self.assertEqual("Quit", self.kestrel.look().labels[-1])
+
+    def test_the_keyboard_chooses_a_bandwidth_which_is_kept(self):
+        self.start()
+        menu = self.kestrel.open_menu()
+        self.desktop.move(menu.border)
+        self.desktop.key("Down", "Down", "Right")
+        wait_for(lambda: len(self.kestrel.popups()) == 2, "the bandwidths")
+        self.desktop.key("Down", "Down", "Down", "Return")
+        wait_for(lambda: not self.kestrel.popups(), "the menus to close")
+        checked = [i.label for i in self.kestrel.look("Bandwidth").items if i.checked]
+        self.assertEqual(["56k Modem"], checked)
+        self.kestrel.quit()
+        self.assertEqual("3", self.kestrel.setting("bitrate"))
+
+    def test_hidden_genres_are_not_there(self):
+        self.start(genre=";".join("0" if n in (0, 7, 19) else "1" for n in range(20)))
+        hidden = {"Top 25 Streams", "Jazz", "Search"}
+        self.assertEqual([g for g in GENRES if g not in hidden], self.kestrel.look("Genres").labels[:17])
+
+    def test_titles_show_as_their_stations_wrote_them(self):
+        titles = ((b"Rock & Roll", "Rock & Roll"), (b"&&", "&&"), ("Žižkov für".encode(), "Žižkov für"),
+                  (b"Caf\xe9 M\xfcller", "Café Müller"), (b"Tab\there", "Tab here"),
+                  (b"x" * 50, "x" * 50), (b"y" * 51, "y" * 46 + " ..."), ("ü".encode() * 50, "ü" * 50),
+                  (b"-", "-"))
+        self.kestrel.write_list("Jazz", [(title, b"http://127.0.0.1:9/1") for title, _ in titles])
+        self.start()
+        menu = self.kestrel.look("Genres", "Jazz")
+        self.assertEqual([shown for _, shown in titles] + ["-", "Reload"], menu.labels)
+
+    def test_lists_of_the_data_folder_and_else_of_the_programs_fill_the_menus_at_the_start(self):
+        self.kestrel.write_list("Jazz", [*stations(2), (b"", b"http://x"), (b"No address", b"")])
+        self.kestrel.write_list("search", stations(1))
+        self.kestrel.write_list("favs", [(b"Favourite", b"http://127.0.0.1:9/f.pls")])
+        beside = self.kestrel.folder + "/data"
+        self.kestrel.write_list("Rock", stations(3), beside)
+        self.addCleanup(shutil.rmtree, beside)
+        self.start()
+        genres = self.kestrel.browse("Genres")
+        for genre, expected in (("Jazz", ["Station 1", "Station 2", "-", "Reload"]),
+                                ("Rock", ["Station 1", "Station 2", "Station 3", "-", "Reload"]),
+                                ("Search", ["Station 1", "-", "New Search"]),
+                                ("Favorites", ["Add Actual Selection", "Organize Favorites", "-",
+                                               "Favourite"])):
+            with self.subTest(genre):
+                self.assertEqual(expected, self.kestrel.hover(genres, genre).labels)
+        self.kestrel.close_menus()
+
+    def test_the_chosen_entry_becomes_a_favourite_whatever_it_is(self):
+        self.kestrel.write_list("Jazz", stations(1))
+        self.start()
+        self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
+        self.assertEqual(3, len(self.kestrel.look("Genres", "Favorites").items))
+        self.kestrel.choose("Genres", "Jazz", "Station 1")
+        self.kestrel.box().close()  # nobody is there
+        self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
+        self.assertEqual("Station 1", self.kestrel.look("Genres", "Favorites").labels[-1])
+        self.kestrel.quit()
+        self.assertEqual(b"Station 1%#$http://127.0.0.1:9/1.pls\r\n", self.kestrel.read_list("favs"))
+
+
+class ManyStations(Case):
+    """A menu of 500 lines on a screen with room for 46."""
+
+    def setUp(self):
+        super().setUp()
+        self.kestrel.write_list("Jazz", stations(500))
+        self.start(player=9)  # a station's click fetches its playlist and does no more
+        self.menu = self.kestrel.browse("Genres", "Jazz")
+        self.assertEqual(502, len(self.menu.items))
+
+    def now(self):
+        return self.kestrel.popups()[-1]
+
+    def visible(self):
+        return [i.label for i in self.now().items if self.menu.shows(i)]
+
+    def test_it_opens_within_the_screen(self):
+        self.assertGreaterEqual(self.menu.rect[1], 0)
+        self.assertLessEqual(self.menu.rect[3], 768)
+        self.assertEqual("Station 1", self.visible()[0])
+
+    def test_the_mouse_scrolls_it(self):
+        left, _, right, bottom = self.menu.rect
+        self.desktop.move(((left + right) // 2, bottom - 6))
+        for _ in range(3):
+            self.desktop.press(((left + right) // 2, bottom - 6))
+            self.desktop.release()
+        wait_for(lambda: "Station 1" not in self.visible(), "the list to move")
+        self.assertEqual(3, len(self.kestrel.popups()))
+
+    def test_keys_reach_its_end_and_a_station_there_is_the_one_that_is_clicked(self):
+        self.desktop.move(self.menu.items[3].middle)
+        self.desktop.key("End")
+        wait_for(lambda: self.now()["Reload"].lit and "Reload" in self.visible(), "its end")
+        self.desktop.picture("menu-500-end")
+        self.desktop.click(self.now()["Station 497"].middle)
+        self.kestrel.box().close()  # nobody is there
+        self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
+        self.assertEqual("Station 497", self.kestrel.look("Genres", "Favorites").labels[-1])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,29 @@
+# The audio engine against real and misbehaving servers, natively.
+if(NOT WIN32)
+  add_library(engine_harness STATIC ${CMAKE_CURRENT_LIST_DIR}/engine_harness.cpp)
+  target_link_libraries(engine_harness PUBLIC kestrel_engine GTest::gtest PRIVATE kestrel_flags)
+  target_compile_definitions(engine_harness PRIVATE
+    DEMO_RADIO="$<TARGET_FILE:demo_radio>" DEMO_SOUNDS="$<TARGET_FILE_DIR:demo_radio>/sounds"
+    AAC_PLUGIN="$<TARGET_FILE:bass_aac>")
+  add_dependencies(engine_harness demo_radio bass_aac)
+  foreach(subject engine engine_parts engine_icecast)
+    add_executable(${subject}_test ${CMAKE_CURRENT_LIST_DIR}/${subject}_test.cpp)
+    target_link_libraries(${subject}_test PRIVATE engine_harness kestrel_flags GTest::gtest_main)
+    add_test(NAME ${subject} COMMAND ${subject}_test)
+    set_tests_properties(${subject} PROPERTIES LABELS engine TIMEOUT 300)
+  endforeach()
+endif()
+
+# The two libraries under Wine, driven by a small program as the player would.
+if(WIN32)
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  set(KESTREL_RADIO ${PROJECT_SOURCE_DIR}/build/native/service CACHE PATH "Folder of the built demo radio")
+  add_executable(engine_probe ${CMAKE_CURRENT_LIST_DIR}/engine_probe.cpp)
+  target_include_directories(engine_probe PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(engine_probe PRIVATE kestrel_flags crypt32)
+  add_dependencies(engine_probe bass bass_aac)
+  set_target_properties(engine_probe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+  add_test(NAME engine_wine COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/engine_wine_test.py
+    $<TARGET_FILE_DIR:bass> $<TARGET_FILE:engine_probe> ${CMAKE_OBJDUMP} ${KESTREL_RADIO})
+  set_tests_properties(engine_wine PROPERTIES LABELS "engine;desktop" TIMEOUT 180 RUN_SERIAL TRUE)
+endif()

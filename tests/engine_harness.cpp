@@ -1,0 +1,361 @@
+#include "tests/engine_harness.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+
+#include "engine/engine.h"
+
+namespace engine_test {
+namespace {
+
+using std::chrono::milliseconds;
+using Time = std::chrono::steady_clock;
+
+sockaddr_in loopback(int port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  return address;
+}
+
+int connectTo(int port, bool wait = true) {
+  const int client = socket(AF_INET, SOCK_STREAM | (wait ? 0 : SOCK_NONBLOCK), 0);
+  const sockaddr_in address = loopback(port);
+  const int result = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  EXPECT_TRUE(result == 0 || !wait);
+  return client;
+}
+
+class TapeOutput final : public engine::Output {
+ public:
+  TapeOutput(std::shared_ptr<Tape::Reel> reel, const engine::Interrupt& interrupt)
+      : reel_(std::move(reel)), interrupt_(interrupt) {}
+
+  unsigned rate() const override { return Tape::kRate; }
+
+  bool write(std::span<const float> samples) override {
+    while (pendingMilliseconds() > 300) {
+      if (interrupt_.wait(milliseconds(20))) return true;
+    }
+    const auto now = Time::now();
+    until_ = std::max(until_, now) +
+             std::chrono::microseconds(samples.size() / kChannels * 1'000'000 / Tape::kRate);
+    const std::lock_guard lock(reel_->mutex);
+    if (reel_->left.empty()) reel_->first_sound = now;
+    for (size_t i = 0; i < samples.size(); i += kChannels) reel_->left.push_back(samples[i]);
+    return true;
+  }
+  void flush() override {}
+  unsigned pendingMilliseconds() override {
+    const auto left = std::chrono::duration_cast<milliseconds>(until_ - Time::now()).count();
+    return left > 0 ? static_cast<unsigned>(left) : 0;
+  }
+
+ private:
+  std::shared_ptr<Tape::Reel> reel_;
+  const engine::Interrupt& interrupt_;
+  Time::time_point until_{};  ///< when what has been written will have sounded
+};
+
+}  // namespace
+
+Process::Process(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  posix_spawn_file_actions_t quiet;
+  posix_spawn_file_actions_init(&quiet);
+  posix_spawn_file_actions_addopen(&quiet, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&quiet, 2, "/dev/null", O_WRONLY, 0);
+  const int failed = posix_spawnp(&id_, arguments[0], &quiet, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&quiet);
+  if (failed != 0) throw std::runtime_error("cannot start " + words[0]);
+}
+
+Process::~Process() {
+  kill(id_, SIGTERM);
+  waitpid(id_, nullptr, 0);
+}
+
+Folder::Folder() {
+  char path[] = "/tmp/engine-test-XXXXXX";
+  if (mkdtemp(path) == nullptr) throw std::runtime_error("no folder in /tmp");
+  path_ = path;
+}
+
+Folder::~Folder() {
+  std::filesystem::remove_all(path_);
+}
+
+int freePort() {
+  const int one = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address = loopback(0);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(0, bind(one, reinterpret_cast<sockaddr*>(&address), size));
+  getsockname(one, reinterpret_cast<sockaddr*>(&address), &size);
+  ::close(one);
+  return ntohs(address.sin_port);
+}
+
+bool isListening(int port) {
+  const int client = socket(AF_INET, SOCK_STREAM, 0);
+  const sockaddr_in address = loopback(port);
+  const int result = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  ::close(client);
+  return result == 0;
+}
+
+std::string fetch(int port, const std::string& path, const std::string& headers) {
+  const int client = connectTo(port);
+  const std::string request = "GET " + path + " HTTP/1.0\r\n" + headers + "\r\n";
+  EXPECT_EQ(static_cast<ssize_t>(request.size()),
+            ::send(client, request.data(), request.size(), 0));
+  std::string answer;
+  char some[4096];
+  for (ssize_t got = 0; (got = recv(client, some, sizeof some, 0)) > 0;) {
+    answer.append(some, static_cast<size_t>(got));
+  }
+  ::close(client);
+  const size_t body = answer.find("\r\n\r\n");
+  return body == std::string::npos ? "" : answer.substr(body + 4);
+}
+
+DemoRadio::DemoRadio()
+    : process_({DEMO_RADIO, "--sounds", DEMO_SOUNDS, "--port-file", folder_.path() + "/port"}) {
+  for (int i = 0; port_ == 0 && i < 1000; ++i) {
+    std::ifstream(folder_.path() + "/port") >> port_;
+    std::this_thread::sleep_for(milliseconds(10));
+  }
+  std::istringstream table(fetch(port_, "/control/stations"));
+  for (std::string line; std::getline(table, line);) {
+    std::istringstream fields(line);
+    std::string genre, id, kbit, tone, rate;
+    Station station;
+    for (std::string* field :
+         {&genre, &id, &station.mount, &station.codec, &kbit, &tone, &rate, &station.name}) {
+      std::getline(fields, *field, '\t');
+    }
+    station.kbit = static_cast<unsigned>(std::stoul(kbit));
+    station.tone = std::stod(tone);
+    station.rate = static_cast<unsigned>(std::stoul(rate));
+    stations_.push_back(station);
+  }
+}
+
+std::string DemoRadio::url(const std::string& path) const {
+  return "http://127.0.0.1:" + std::to_string(port_) + path;
+}
+
+Station DemoRadio::station(const std::string& codec, unsigned rate) const {
+  for (const Station& station : stations_) {
+    if (station.codec == codec && station.rate == rate) return station;
+  }
+  ADD_FAILURE() << "no station sends " << codec << " at " << rate;
+  return {};
+}
+
+std::string DemoRadio::stream(const Station& station, const std::string& habits) const {
+  return url((habits.empty() ? "" : "/bad/" + habits) + "/stream/" + station.mount);
+}
+
+ScriptedServer::ScriptedServer(bool backlog_full) {
+  listener_ = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address = loopback(0);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(0, bind(listener_, reinterpret_cast<sockaddr*>(&address), size));
+  EXPECT_EQ(0, listen(listener_, backlog_full ? 0 : 8));
+  getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+  port_ = ntohs(address.sin_port);
+  for (int i = 0; backlog_full && i < 4; ++i) fillers_.push_back(connectTo(port_, false));
+}
+
+ScriptedServer::~ScriptedServer() {
+  close();
+  for (int each : fillers_) ::close(each);
+  ::close(listener_);
+}
+
+std::string ScriptedServer::accept() {
+  client_ = ::accept(listener_, nullptr, nullptr);
+  std::string request;
+  char some[1024];
+  while (request.find("\r\n\r\n") == std::string::npos) {
+    const ssize_t got = recv(client_, some, sizeof some, 0);
+    if (got <= 0) break;
+    request.append(some, static_cast<size_t>(got));
+  }
+  return request;
+}
+
+void ScriptedServer::send(const std::string& bytes) const {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t sent = ::send(client_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    if (sent <= 0) return;  // the client has left, which the test sees elsewhere
+    done += static_cast<size_t>(sent);
+  }
+}
+
+void ScriptedServer::close() {
+  if (client_ >= 0) ::close(client_);
+  client_ = -1;
+}
+
+void ScriptedServer::reset() {
+  const linger at_once = {1, 0};
+  setsockopt(client_, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+  close();
+}
+
+std::unique_ptr<engine::Output> Tape::open(const engine::Interrupt& interrupt) {
+  return std::make_unique<TapeOutput>(reel_, interrupt);
+}
+
+Session::Session(bool with_aac) {
+  auto tape = std::make_unique<Tape>();
+  reel_ = tape->reel();
+  engine::instance().useOutput(std::move(tape));
+  EXPECT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+  BASS_SetConfig(BASS_CONFIG_MAXVOL, 10000);
+  BASS_SetConfig(BASS_CONFIG_NET_PREBUF, 0);
+  if (with_aac) {
+    EXPECT_NE(0u, BASS_PluginLoad(AAC_PLUGIN, 0)) << BASS_ErrorGetCode();
+  }
+}
+
+Session::~Session() {
+  EXPECT_TRUE(BASS_PluginFree(0));
+  EXPECT_TRUE(BASS_Free());
+}
+
+std::vector<float> Session::listen(double seconds) {
+  const auto wanted = heard_ + static_cast<size_t>(seconds * Tape::kRate);
+  const auto deadline = Time::now() + std::chrono::seconds(20);
+  for (;;) {
+    {
+      const std::lock_guard lock(reel_->mutex);
+      const std::vector<float>& all = reel_->left;
+      if (all.size() >= wanted || Time::now() > deadline) {
+        const size_t from = std::exchange(heard_, all.size());
+        return {all.begin() + static_cast<long>(from), all.end()};
+      }
+    }
+    std::this_thread::sleep_for(milliseconds(10));
+  }
+}
+
+void Listener::download(const void* buffer, BASS_DWORD length, uintptr_t user) {
+  auto& self = *reinterpret_cast<Listener*>(user);
+  const std::lock_guard lock(self.mutex_);
+  const size_t position = self.bytes_.size();
+  if (length != 0) {
+    self.bytes_.append(static_cast<const char*>(buffer), length);
+    self.notes_.push_back({Note::bytes, {}, position});
+  } else if (buffer != nullptr) {
+    self.notes_.push_back({Note::status, static_cast<const char*>(buffer), position});
+  } else {
+    self.notes_.push_back({Note::end, {}, position});
+  }
+}
+
+void Listener::titleSync(HSYNC, BASS_DWORD, uintptr_t data, uintptr_t user) {
+  auto& self = *reinterpret_cast<Listener*>(user);
+  const std::lock_guard lock(self.mutex_);
+  self.notes_.push_back({Note::title, reinterpret_cast<const char*>(data), self.bytes_.size()});
+}
+
+HSTREAM Listener::create(const std::string& url) {
+  return BASS_StreamCreateURL(url.c_str(), 0, BASS_STREAM_STATUS, &Listener::download,
+                              reinterpret_cast<uintptr_t>(this));
+}
+
+void Listener::syncTitles(HSTREAM stream) {
+  EXPECT_NE(0u, BASS_ChannelSetSync(stream, BASS_SYNC_META, 0, &Listener::titleSync,
+                                    reinterpret_cast<uintptr_t>(this)));
+}
+
+HSTREAM Listener::play(const std::string& url) {
+  const HSTREAM stream = create(url);
+  if (stream == 0) return 0;
+  for (;;) {
+    const BASS_DWORD total = BASS_StreamGetFilePosition(stream, BASS_FILEPOS_END);
+    if (total == BASS_FILEPOS_ERROR) return 0;
+    const BASS_DWORD downloaded = BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DOWNLOAD);
+    const BASS_DWORD current = BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DECODE);
+    if (std::lround((downloaded - current) * 100.0 / total) > 75) break;
+    std::this_thread::sleep_for(milliseconds(50));
+  }
+  syncTitles(stream);
+  EXPECT_TRUE(BASS_ChannelSetAttributes(stream, -1, 10000, -101));
+  EXPECT_TRUE(BASS_ChannelPlay(stream, 0));
+  return stream;
+}
+
+std::vector<Listener::Note> Listener::notes(Note::Kind kind) const {
+  const std::lock_guard lock(mutex_);
+  std::vector<Note> found;
+  std::copy_if(notes_.begin(), notes_.end(), std::back_inserter(found),
+               [&](const Note& note) { return note.kind == kind; });
+  return found;
+}
+
+std::string Listener::bytes() const {
+  const std::lock_guard lock(mutex_);
+  return bytes_;
+}
+
+bool Listener::waitFor(Note::Kind kind, size_t count) const {
+  for (int i = 0; i < 1000; ++i) {
+    if (notes(kind).size() >= count) return true;
+    std::this_thread::sleep_for(milliseconds(10));
+  }
+  return false;
+}
+
+double rootMeanSquare(const std::vector<float>& samples) {
+  double sum = 0;
+  for (float sample : samples) sum += double{sample} * sample;
+  return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+double toneShare(const std::vector<float>& samples, double frequency) {
+  // The sine and cosine of that frequency, correlated with the sound in short
+  // pieces, so that a breath in between does not turn one against the other.
+  constexpr size_t kPiece = 4800;
+  double found = 0;
+  double all = 0;
+  for (size_t from = 0; from + kPiece <= samples.size(); from += kPiece) {
+    double sine = 0;
+    double cosine = 0;
+    for (size_t i = from; i < from + kPiece; ++i) {
+      const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(i) / Tape::kRate;
+      sine += samples[i] * std::sin(phase);
+      cosine += samples[i] * std::cos(phase);
+      all += double{samples[i]} * samples[i];
+    }
+    found += (sine * sine + cosine * cosine) * 2 / kPiece;
+  }
+  return all > 0 ? found / all : 0;
+}
+
+std::string soundBytes(const std::string& file) {
+  std::ifstream in(DEMO_SOUNDS "/" + file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+}  // namespace engine_test

@@ -1,0 +1,171 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "engine/bass.h"
+#include "engine/output.h"
+
+/// What the engine's tests share: servers, an output that keeps what it is given,
+/// and a listener that does what the player does.
+namespace engine_test {
+
+/// A station as the demo radio lists it.
+struct Station {
+  std::string mount, codec, name;
+  unsigned kbit = 0;
+  double tone = 0;  ///< Hz
+  unsigned rate = 0;
+};
+
+/// A program that runs until this ends.
+class Process {
+ public:
+  explicit Process(std::vector<std::string> words);
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+ private:
+  pid_t id_ = 0;
+};
+
+/// An own folder, removed at the end with the files in it.
+class Folder {
+ public:
+  Folder();
+  ~Folder();
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// A loopback port that nobody listens on now.
+int freePort();
+bool isListening(int port);
+/// Body of the answer to a GET from the loopback address.
+std::string fetch(int port, const std::string& path, const std::string& headers = "");
+
+/// A running demo radio on the loopback address.
+class DemoRadio {
+ public:
+  DemoRadio();
+  DemoRadio(const DemoRadio&) = delete;
+  DemoRadio& operator=(const DemoRadio&) = delete;
+
+  std::string url(const std::string& path) const;
+  /// The first station of that codec and rate; fails the test without one.
+  Station station(const std::string& codec, unsigned rate) const;
+  std::string stream(const Station& station, const std::string& habits = "") const;
+
+ private:
+  Folder folder_;
+  Process process_;
+  int port_ = 0;
+  std::vector<Station> stations_;
+};
+
+/// One connection whose answer the test writes itself.
+class ScriptedServer {
+ public:
+  /// backlog_full: takes no further connection, so that a client's connect hangs.
+  explicit ScriptedServer(bool backlog_full = false);
+  ~ScriptedServer();
+  ScriptedServer(const ScriptedServer&) = delete;
+  ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/"; }
+  /// Waits for the client and its whole request, and returns that.
+  std::string accept();
+  void send(const std::string& bytes) const;
+  void close();  ///< properly
+  void reset();
+
+ private:
+  int listener_ = -1, client_ = -1;
+  std::vector<int> fillers_;
+  int port_ = 0;
+};
+
+/// Plays to nowhere at a device's pace and remembers.
+class Tape final : public engine::OutputFactory {
+ public:
+  struct Reel {
+    std::mutex mutex;
+    std::vector<float> left;  ///< left channel of all outputs in a row
+    std::chrono::steady_clock::time_point first_sound;
+  };
+  Tape() : reel_(std::make_shared<Reel>()) {}
+  std::unique_ptr<engine::Output> open(const engine::Interrupt& interrupt) override;
+  std::shared_ptr<Reel> reel() const { return reel_; }
+
+  static constexpr unsigned kRate = 48000;
+
+ private:
+  std::shared_ptr<Reel> reel_;
+};
+
+/// An initialised engine that plays to a tape, for one test.
+class Session {
+ public:
+  explicit Session(bool with_aac = true);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// What has been played since the last call, of which the first seconds are at
+  /// least `seconds`; waits for that much, at most 20 s.
+  std::vector<float> listen(double seconds);
+  std::shared_ptr<Tape::Reel> reel() const { return reel_; }
+
+ private:
+  std::shared_ptr<Tape::Reel> reel_;
+  size_t heard_ = 0;
+};
+
+/// Stands where the player stands: its callbacks note what came.
+class Listener {
+ public:
+  struct Note {
+    enum Kind { status, bytes, title, end } kind;
+    std::string text;     ///< status and title
+    size_t position = 0;  ///< bytes before it
+  };
+
+  /// BASS_StreamCreateURL with this listener's callback.
+  HSTREAM create(const std::string& url);
+  /// The player's whole procedure up to ChannelPlay. 0: it did not get that far.
+  HSTREAM play(const std::string& url);
+  void syncTitles(HSTREAM stream);
+
+  std::vector<Note> notes(Note::Kind kind) const;
+  std::string bytes() const;
+  /// Waits, at most 10 s, until that many notes of a kind are there.
+  bool waitFor(Note::Kind kind, size_t count) const;
+
+ private:
+  static void BASS_CALL download(const void* buffer, BASS_DWORD length, uintptr_t user);
+  static void BASS_CALL titleSync(HSYNC sync, BASS_DWORD channel, uintptr_t data, uintptr_t user);
+
+  mutable std::mutex mutex_;
+  std::vector<Note> notes_;
+  std::string bytes_;
+};
+
+/// Share of the samples' power that is at `frequency` (and a little around it).
+double toneShare(const std::vector<float>& samples, double frequency);
+double rootMeanSquare(const std::vector<float>& samples);
+
+/// A sound of the demo radio as it is sent, e.g. its station's MP3.
+std::string soundBytes(const std::string& file);
+
+}  // namespace engine_test

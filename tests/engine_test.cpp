@@ -1,0 +1,354 @@
+#include <dirent.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <future>
+
+#include "tests/engine_harness.h"
+
+namespace engine_test {
+namespace {
+
+using namespace std::chrono_literals;
+using Note = Listener::Note;
+
+DemoRadio& radio() {
+  static DemoRadio running;
+  return running;
+}
+
+const std::string kHead = "HTTP/1.0 200 OK\r\nContent-Type: audio/mpeg\r\n";
+
+std::string tagTexts(HSTREAM stream) {
+  std::string all;
+  const char* text = BASS_ChannelGetTags(stream, BASS_TAG_ICY);
+  for (; text != nullptr && *text != '\0'; text += std::string(text).size() + 1) {
+    all.append(text).append("\n");
+  }
+  return all;
+}
+
+struct Played {
+  const char* codec;
+  unsigned rate;
+  const char* habits;
+  BASS_DWORD type;
+};
+
+class Plays : public testing::TestWithParam<Played> {};
+
+TEST_P(Plays, TheToneOfTheStation) {
+  const auto [codec, rate, habits, type] = GetParam();
+  Listener listener;
+  Session session;
+  const Station station = radio().station(codec, rate);
+  const HSTREAM stream = listener.play(radio().stream(station, habits));
+  ASSERT_NE(0u, stream) << BASS_ErrorGetCode();
+  // Half a second in, the codec's own start is over.
+  session.listen(0.5);
+  const auto sound = session.listen(1.5);
+  EXPECT_GT(toneShare(sound, station.tone), 4 * toneShare(sound, station.tone * 1.06));
+  EXPECT_GT(rootMeanSquare(sound), 0.01);
+  BASS_CHANNELINFO info;
+  ASSERT_TRUE(BASS_ChannelGetInfo(stream, &info));
+  EXPECT_EQ(type, info.ctype);
+  EXPECT_EQ(rate, info.freq);
+  EXPECT_TRUE(BASS_StreamFree(stream));
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, Plays,
+                         testing::Values(Played{"mp3", 44100, "", BASS_CTYPE_STREAM_MP3},
+                                         Played{"mp3", 22050, "", BASS_CTYPE_STREAM_MP3},
+                                         Played{"aac", 44100, "", BASS_CTYPE_STREAM_AAC},
+                                         Played{"mp3", 44100, "icy", BASS_CTYPE_STREAM_MP3},
+                                         Played{"mp3", 44100, "no-burst", BASS_CTYPE_STREAM_MP3},
+                                         Played{"mp3", 44100, "redirect", BASS_CTYPE_STREAM_MP3},
+                                         Played{"aac", 44100, "no-type", BASS_CTYPE_STREAM_AAC},
+                                         Played{"mp3", 44100, "wrong-metaint",
+                                                BASS_CTYPE_STREAM_MP3}));
+
+TEST(Stream, GivesTheServersHeadersAsSent) {
+  Listener listener;
+  Session session;
+  const Station station = radio().station("mp3", 44100);
+  const HSTREAM stream = listener.create(radio().stream(station));
+  ASSERT_NE(0u, stream);
+  const std::string tags = tagTexts(stream);
+  EXPECT_NE(std::string::npos, tags.find("icy-name:" + station.name + "\n")) << tags;
+  EXPECT_NE(std::string::npos, tags.find("icy-br:" + std::to_string(station.kbit) + "\n")) << tags;
+  const auto texts = listener.notes(Note::status);
+  ASSERT_EQ(3u, texts.size());
+  EXPECT_EQ("connecting...", texts[0].text);
+  EXPECT_EQ("HTTP/1.0 200 OK", texts[2].text);
+}
+
+TEST(Stream, NeedsThePluginForAac) {
+  Listener listener;
+  Session session(false);
+  EXPECT_EQ(0u, listener.create(radio().stream(radio().station("aac", 44100))));
+  EXPECT_EQ(BASS_ERROR_FILEFORM, BASS_ErrorGetCode());
+}
+
+TEST(Stream, TellsTitlesAtTheirPlaceAmongTheExactBytes) {
+  constexpr size_t kInterval = 1000;
+  const std::string sound = soundBytes("bells-00.mp3").substr(0, 20 * kInterval);
+  Listener listener;
+  Session session;
+  ScriptedServer server;
+  auto opening = std::async(std::launch::async, [&] { return listener.create(server.url()); });
+  EXPECT_NE(std::string::npos, server.accept().find("\r\nIcy-MetaData: 1\r\n"));
+  const auto piece = [&](size_t from, size_t to) {
+    std::string bytes;
+    for (size_t i = from; i < to; ++i) {
+      bytes += sound.substr(i * kInterval, kInterval);
+      const std::string title = i % 5 != 4 ? "" : "StreamTitle='Song " + std::to_string(i) + "';";
+      const size_t blocks = (title.size() + 15) / 16;
+      bytes += static_cast<char>(blocks) + title + std::string(blocks * 16 - title.size(), '\0');
+    }
+    return bytes;
+  };
+  server.send(kHead + "icy-metaint:1000\r\n\r\n" + piece(0, 8));
+  const HSTREAM stream = opening.get();
+  ASSERT_NE(0u, stream);
+  while (BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DOWNLOAD) < 8 * kInterval) {
+    std::this_thread::sleep_for(5ms);
+  }
+  EXPECT_STREQ("StreamTitle='Song 4';", BASS_ChannelGetTags(stream, BASS_TAG_META));
+  listener.syncTitles(stream);
+  EXPECT_TRUE(BASS_ChannelPlay(stream, 0));
+  server.send(piece(8, 20));
+  server.close();
+  ASSERT_TRUE(listener.waitFor(Note::end, 1));
+  EXPECT_EQ(sound, listener.bytes());
+  const auto titles = listener.notes(Note::title);
+  ASSERT_EQ(3u, titles.size());
+  for (size_t i = 0; i < titles.size(); ++i) {
+    EXPECT_EQ("StreamTitle='Song " + std::to_string(9 + 5 * i) + "';", titles[i].text);
+    EXPECT_EQ((10 + 5 * i) * kInterval, titles[i].position);
+  }
+}
+
+TEST(Stream, TellsATitleThatCameBetweenReadingAndAskingForMore) {
+  Listener listener;
+  Session session;
+  ScriptedServer server;
+  auto opening = std::async(std::launch::async, [&] { return listener.create(server.url()); });
+  server.accept();
+  const std::string sound = soundBytes("bells-00.mp3");
+  server.send(kHead + "icy-metaint:4000\r\n\r\n" + sound.substr(0, 4000));
+  const HSTREAM stream = opening.get();
+  ASSERT_NE(0u, stream);
+  EXPECT_EQ(nullptr, BASS_ChannelGetTags(stream, BASS_TAG_META));
+  server.send("\2StreamTitle='Here';" + std::string(13, '\0') + sound.substr(4000, 100));
+  while (BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DOWNLOAD) < 4100) {
+    std::this_thread::sleep_for(5ms);
+  }
+  listener.syncTitles(stream);
+  EXPECT_TRUE(listener.waitFor(Note::title, 1));
+}
+
+struct Failing {
+  const char* habits;
+  int code;
+  const char* status;  ///< that the listener is told last
+};
+
+class Fails : public testing::TestWithParam<Failing> {};
+
+TEST_P(Fails, WithTheRightCode) {
+  Listener listener;
+  Session session;
+  EXPECT_EQ(0u, listener.play(radio().stream(radio().station("mp3", 44100), GetParam().habits)));
+  EXPECT_EQ(GetParam().code, BASS_ErrorGetCode());
+  const auto texts = listener.notes(Note::status);
+  ASSERT_FALSE(texts.empty());
+  EXPECT_TRUE(texts.back().text.find(GetParam().status) != std::string::npos) << texts.back().text;
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, Fails,
+                         testing::Values(Failing{"not-found", BASS_ERROR_FILEOPEN, " 404 "},
+                                         Failing{"server-error", BASS_ERROR_FILEOPEN, " 500 "},
+                                         Failing{"icy-error", BASS_ERROR_FILEOPEN, "ICY 401"},
+                                         Failing{"redirect-loop", BASS_ERROR_FILEOPEN, " 302 "},
+                                         Failing{"html", BASS_ERROR_FILEFORM, " 200 "},
+                                         Failing{"garbage", BASS_ERROR_FILEFORM, " 200 "},
+                                         Failing{"empty", BASS_ERROR_FILEFORM, " 200 "}));
+
+TEST(Stream, RefusesAddressesThatLeadNowhere) {
+  Listener listener;
+  Session session;
+  const std::pair<std::string, int> cases[] = {{"", BASS_ERROR_ILLPARAM},
+                                               {"ftp://127.0.0.1/", BASS_ERROR_ILLPARAM},
+                                               {"http://127.0.0.1:99999/", BASS_ERROR_ILLPARAM},
+                                               {"http://127.0.0.1:1/", BASS_ERROR_FILEOPEN},
+                                               {"http://a..b/", BASS_ERROR_FILEOPEN}};
+  for (const auto& [url, code] : cases) {
+    EXPECT_EQ(0u, listener.create(url)) << url;
+    EXPECT_EQ(code, BASS_ErrorGetCode()) << url;
+  }
+}
+
+// Stuck where a server can leave a client waiting; then the listener gives up.
+struct Stuck {
+  const char* habits;  ///< null: the connect itself hangs
+  bool whole_engine;   ///< ended by BASS_Free
+};
+
+class GivesUp : public testing::TestWithParam<Stuck> {};
+
+TEST_P(GivesUp, AtOnce) {
+  Listener listener;
+  auto session = std::make_unique<Session>();
+  ScriptedServer deaf(true);
+  const std::string url = GetParam().habits == nullptr
+                              ? deaf.url()
+                              : radio().stream(radio().station("mp3", 44100), GetParam().habits);
+  auto opening = std::async(std::launch::async, [&] {
+    const HSTREAM stream = listener.play(url);
+    return std::pair(stream, BASS_ErrorGetCode());
+  });
+  ASSERT_EQ(std::future_status::timeout, opening.wait_for(300ms)) << "not stuck at all";
+  const auto start = std::chrono::steady_clock::now();
+  if (GetParam().whole_engine) {
+    session.reset();
+  } else {
+    // The player's stop knows no handle yet.
+    BASS_ChannelStop(0);
+  }
+  const auto [stream, code] = opening.get();
+  EXPECT_EQ(0u, stream);
+  EXPECT_EQ(BASS_ERROR_HANDLE, code == BASS_ERROR_INIT ? BASS_ERROR_HANDLE : code);
+  // Far below all time-outs, far above any machine's mood.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, GivesUp,
+                         testing::Values(Stuck{nullptr, false}, Stuck{"hang", false},
+                                         Stuck{"hang-headers", false},
+                                         Stuck{"hang-body-100", false},
+                                         Stuck{"slow-drip-10", false}, Stuck{nullptr, true},
+                                         Stuck{"hang", true}, Stuck{"slow-drip-10", true}));
+
+TEST(Stream, EndsThePlayersWaitForTheBufferWhenStopped) {
+  Listener listener;
+  Session session;
+  // Recognised, then silent far below three quarters of the buffer.
+  const std::string url = radio().stream(radio().station("mp3", 44100), "hang-body-2500");
+  const HSTREAM stream = listener.create(url);
+  ASSERT_NE(0u, stream);
+  EXPECT_NE(BASS_FILEPOS_ERROR, BASS_StreamGetFilePosition(stream, BASS_FILEPOS_END));
+  EXPECT_TRUE(BASS_ChannelStop(stream));
+  EXPECT_EQ(BASS_FILEPOS_ERROR, BASS_StreamGetFilePosition(stream, BASS_FILEPOS_END));
+  EXPECT_FALSE(BASS_ChannelPlay(stream, 0));
+  EXPECT_EQ(BASS_ERROR_NOPLAY, BASS_ErrorGetCode());
+  EXPECT_TRUE(BASS_StreamFree(stream));
+  EXPECT_FALSE(BASS_StreamFree(stream));
+  EXPECT_EQ(BASS_ERROR_HANDLE, BASS_ErrorGetCode());
+}
+
+TEST(Stream, PlaysWhatCameBeforeTheConnectionBroke) {
+  for (const bool broken : {false, true}) {
+    Listener listener;
+    Session session;
+    ScriptedServer server;
+    auto opening = std::async(std::launch::async, [&] { return listener.play(server.url()); });
+    server.accept();
+    server.send(kHead + "\r\n" + soundBytes("bells-00.mp3").substr(0, 24000));
+    ASSERT_NE(0u, opening.get());
+    broken ? server.reset() : server.close();
+    ASSERT_TRUE(listener.waitFor(Note::end, 1));
+    EXPECT_GT(session.listen(1.3).size(), 1.3 * Tape::kRate);
+  }
+}
+
+TEST(Stream, GoesOnAfterAStall) {
+  Listener listener;
+  Session session;
+  const Station station = radio().station("mp3", 44100);
+  ASSERT_NE(0u, listener.play(radio().stream(station, "stall-2,no-burst")));
+  session.listen(1.5);
+  const auto sound = session.listen(2);
+  EXPECT_GE(sound.size(), 2 * Tape::kRate);
+  EXPECT_GT(toneShare(sound, station.tone), 4 * toneShare(sound, station.tone * 1.06));
+}
+
+TEST(Stream, FollowsTheVolumeOnItsConfiguredScale) {
+  Listener listener;
+  Session session;
+  const Station station = radio().station("mp3", 44100);
+  const HSTREAM stream = listener.play(radio().stream(station));
+  ASSERT_NE(0u, stream);
+  session.listen(1);
+  const double full = rootMeanSquare(session.listen(2));
+  EXPECT_TRUE(BASS_ChannelSetAttributes(stream, -1, 2500, -101));
+  session.listen(1);
+  EXPECT_NEAR(0.25, rootMeanSquare(session.listen(2)) / full, 0.1);
+  EXPECT_TRUE(BASS_ChannelSetAttributes(stream, -1, 0, -101));
+  session.listen(1);
+  EXPECT_EQ(0, rootMeanSquare(session.listen(0.5)));
+  EXPECT_FALSE(BASS_ChannelSetAttributes(stream, -1, 10001, -101));
+  EXPECT_EQ(BASS_ERROR_ILLPARAM, BASS_ErrorGetCode());
+}
+
+TEST(Stream, CanBeFreedFromItsOwnCallback) {
+  static std::atomic<HSTREAM> own{0};
+  static std::atomic<bool> freed{false};
+  own = 0;
+  Session session;
+  const auto free_itself = [](const void*, BASS_DWORD, uintptr_t) {
+    if (own != 0 && BASS_StreamFree(own.exchange(0))) freed = true;
+  };
+  const std::string url = radio().stream(radio().station("mp3", 44100), "no-burst");
+  own = BASS_StreamCreateURL(url.c_str(), 0, 0, free_itself, 0);
+  for (int i = 0; !freed && i < 500; ++i) std::this_thread::sleep_for(10ms);
+  EXPECT_TRUE(freed);
+}
+
+size_t entriesOf(const char* folder) {
+  size_t count = 0;
+  DIR* open = opendir(folder);
+  while (readdir(open) != nullptr) ++count;
+  closedir(open);
+  return count;
+}
+
+TEST(Stream, LeavesNothingBehindAfterManyRounds) {
+  Session session;
+  const std::string good = radio().stream(radio().station("mp3", 44100));
+  const std::string bad = radio().stream(radio().station("mp3", 44100), "hang-body-3000");
+  size_t threads = 0;
+  size_t files = 0;
+  for (int round = 0; round < 200; ++round) {
+    Listener listener;
+    const HSTREAM stream = round % 4 == 3 ? listener.create(bad) : listener.play(good);
+    ASSERT_NE(0u, stream);
+    if (round % 2 == 0) {
+      EXPECT_TRUE(BASS_ChannelStop(stream));
+    }
+    EXPECT_TRUE(BASS_StreamFree(stream));
+    if (round == 4) {
+      threads = entriesOf("/proc/self/task");
+      files = entriesOf("/proc/self/fd");
+    }
+  }
+  EXPECT_EQ(threads, entriesOf("/proc/self/task"));
+  EXPECT_EQ(files, entriesOf("/proc/self/fd"));
+}
+
+TEST(Engine, KeepsTheCallersReasonsApart) {
+  EXPECT_EQ(0x0203u, BASS_GetVersion() >> 16);
+  EXPECT_EQ(0u, BASS_StreamCreateURL("http://127.0.0.1/", 0, 0, nullptr, 0));
+  EXPECT_EQ(BASS_ERROR_INIT, BASS_ErrorGetCode());
+  EXPECT_FALSE(BASS_Init(7, 44100, 0, nullptr, nullptr));
+  EXPECT_EQ(BASS_ERROR_DEVICE, BASS_ErrorGetCode());
+  Session session(false);
+  EXPECT_EQ(0u, BASS_PluginLoad("no-such-plugin.dll", 0));
+  EXPECT_EQ(BASS_ERROR_FILEOPEN, BASS_ErrorGetCode());
+  std::thread([] { EXPECT_EQ(BASS_OK, BASS_ErrorGetCode()); }).join();
+  EXPECT_FALSE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
+  EXPECT_EQ(BASS_ERROR_ALREADY, BASS_ErrorGetCode());
+}
+
+}  // namespace
+}  // namespace engine_test

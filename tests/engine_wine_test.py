@@ -1,0 +1,178 @@
+"""The engine's two libraries as Windows loads them, heard through a sound system of
+their own.  engine_wine_test.py FOLDER PROBE OBJDUMP RADIO
+    FOLDER   the program folder with both libraries
+    PROBE    engine_probe.exe
+    RADIO    folder of the built demo radio"""
+
+import os
+import re
+import socket
+import ssl
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [HERE, os.path.join(HERE, "desktop")]
+
+import processes  # noqa: E402
+from demo_radio import DemoRadio  # noqa: E402
+from sound import Speakers, level, loudness  # noqa: E402
+from wine import Prefix  # noqa: E402
+
+FOLDER, PROBE, OBJDUMP, RADIO = sys.argv[1:5]
+# What every Windows has; anything else would have to be installed with the program.
+SYSTEM = {"bcrypt.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "user32.dll", "winhttp.dll",
+          "winmm.dll", "ws2_32.dll"}
+EXPORTS = """BASS_ChannelGetInfo BASS_ChannelGetTags BASS_ChannelPlay BASS_ChannelSetAttributes
+BASS_ChannelSetSync BASS_ChannelStop BASS_ErrorGetCode BASS_Free BASS_GetVersion BASS_Init
+BASS_PluginFree BASS_PluginLoad BASS_SetConfig BASS_StreamCreateURL BASS_StreamFree
+BASS_StreamGetFilePosition""".split()
+
+
+def tables(library):
+    return processes.run([OBJDUMP, "-p", os.path.join(FOLDER, library)], stdout=subprocess.PIPE,
+                         text=True).stdout
+
+
+class TlsDoor:
+    """Lets clients reach a plain server over TLS, as "localhost"."""
+
+    def __init__(self, folder, port):
+        key, certificate = os.path.join(folder, "key.pem"), os.path.join(folder, "certificate.pem")
+        self.authority = os.path.join(folder, "certificate.der")
+        processes.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", key,
+                       "-out", certificate, "-days", "2", "-subj", "/CN=localhost", "-addext",
+                       "subjectAltName=DNS:localhost"], stderr=subprocess.DEVNULL)
+        processes.run(["openssl", "x509", "-in", certificate, "-outform", "der", "-out", self.authority])
+        self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        self.context.load_cert_chain(certificate, key)
+        self.inner_port = port
+        self.listener = socket.create_server(("127.0.0.1", 0))
+        self.url = f"https://localhost:{self.listener.getsockname()[1]}"
+        threading.Thread(target=self._accept, daemon=True).start()
+
+    def _accept(self):
+        while True:
+            client, _ = self.listener.accept()
+            threading.Thread(target=self._serve, args=(client,), daemon=True).start()
+
+    def _serve(self, client):
+        try:
+            with self.context.wrap_socket(client, server_side=True) as outer, \
+                    socket.create_connection(("127.0.0.1", self.inner_port)) as inner:
+                inner.sendall(outer.recv(65536))
+                while data := inner.recv(65536):
+                    outer.sendall(data)
+        except OSError:
+            pass  # a client that does not trust the certificate, or has enough
+
+
+class Libraries(unittest.TestCase):
+    def test_need_nothing_but_windows(self):
+        for library in "bass.dll", "bass_aac.dll":
+            needed = {n.lower() for n in re.findall(r"DLL Name: (\S+)", tables(library))}
+            self.assertIn("kernel32.dll", needed)
+            self.assertLessEqual(needed, SYSTEM)
+
+    def test_export_exactly_the_interface_undecorated(self):
+        self.assertEqual(EXPORTS, re.findall(r"^\s+\[ *\d+\] (?:\+base\[ *\d+\] +[0-9a-f]+ )?([A-Za-z]\S+)$",
+                                             tables("bass.dll"), re.M))
+
+    def test_together_stay_small(self):
+        size = sum(os.path.getsize(os.path.join(FOLDER, n)) for n in ("bass.dll", "bass_aac.dll"))
+        self.assertLessEqual(size, 4_000_000)
+
+
+class Sound(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="kestrel-engine-")
+        cls.addClassCleanup(folder.cleanup)
+        cls.radio = DemoRadio(os.path.join(RADIO, "demo_radio"), os.path.join(RADIO, "sounds"))
+        cls.addClassCleanup(cls.radio.stop)
+        cls.speakers = Speakers(os.path.join(folder.name, "sound"))
+        cls.addClassCleanup(cls.speakers.close)
+        cls.door = TlsDoor(folder.name, cls.radio.port)
+        environment = {**cls.speakers.environment, "DISPLAY": ""}
+        cls.prefix = Prefix(os.path.join(folder.name, "prefix"), environment)
+        cls.addClassCleanup(cls.prefix.close)
+
+    def station(self, codec):
+        return next(s for s in self.radio.stations() if s.codec == codec and s.sample_rate == 44100)
+
+    def probe(self, path, seconds, server=None):
+        folder = self.prefix.windows_path(os.path.abspath(FOLDER))
+        return self.prefix.start(os.path.abspath(PROBE), folder, (server or self.radio.url) + path, str(seconds),
+                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+
+    def read_until(self, process, word):
+        lines = []
+        for line in process.stdout:
+            lines.append(line.rstrip())
+            if line.startswith(word):
+                return lines
+        self.fail(f"no {word} in {lines}")
+
+    def test_plays_the_station_and_tells_its_headers(self):
+        for codec, kind in ("mp3", "10005"), ("aac", "10b00"):
+            station = self.station(codec)
+            process = self.probe("/stream/" + station.mount, 4)
+            lines = self.read_until(process, "type")
+            time.sleep(1)
+            sound = self.speakers.listen(2)
+            lines += process.stdout.read().splitlines()
+            process.stdout.close()
+            self.assertEqual(0, process.wait(10), lines)
+            self.assertIn("version 203", lines)
+            self.assertIn(f"type {kind} rate 44100", lines)
+            self.assertIn("header icy-name:" + station.name.decode(), lines)
+            self.assertGreater(loudness(sound), 0.01)
+            self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+    def test_ends_at_once_while_a_server_keeps_it_waiting(self):
+        process = self.probe("/bad/hang-body-2500/stream/" + self.station("mp3").mount, 0)
+        lines = process.stdout.read().splitlines()
+        process.stdout.close()
+        self.assertEqual(0, process.wait(10))
+        self.assertNotIn("playing", "".join(lines))
+        freed = next(float(line.split()[1]) for line in lines if line.startswith("freed"))
+        self.assertLess(freed, 1000)  # ms; the silence would be waited for 15 times as long
+
+    def test_plays_over_tls_from_a_server_that_is_trusted_and_no_other(self):
+        station = self.station("mp3")
+        process = self.probe("/stream/" + station.mount, 0, self.door.url)
+        self.assertIn("error 2", process.stdout.read().splitlines())
+        process.stdout.close()
+        process.wait(10)
+        trusting = self.prefix.start(os.path.abspath(PROBE), "trust",
+                                     self.prefix.windows_path(self.door.authority),
+                                     stderr=subprocess.DEVNULL)
+        self.assertEqual(0, trusting.wait(20))
+        process = self.probe("/stream/" + station.mount, 4, self.door.url)
+        lines = self.read_until(process, "type")
+        time.sleep(1)
+        sound = self.speakers.listen(2)
+        lines += process.stdout.read().splitlines()
+        process.stdout.close()
+        process.wait(10)
+        self.assertIn("header icy-name:" + station.name.decode(), lines)
+        self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+    def test_tells_why_a_stream_does_not_open(self):
+        process = self.probe("/bad/not-found/stream/" + self.station("mp3").mount, 0)
+        lines = process.stdout.read().splitlines()
+        process.stdout.close()
+        process.wait(10)
+        self.assertIn("error 2", lines)
+        process = self.probe("/bad/html/stream/" + self.station("mp3").mount, 0)
+        self.assertIn("error 41", process.stdout.read().splitlines())
+        process.stdout.close()
+        process.wait(10)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])

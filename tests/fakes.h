@@ -1,0 +1,107 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/desktop.h"
+#include "app/files.h"
+#include "directory/transfer.h"
+#include "tray/menu_actions.h"
+#include "tray/tray_icon.h"
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"  // its count of files is a long
+#include "tests/player_folder.h"
+#pragma GCC diagnostic pop
+
+/// Answers in the order put down; remembers what was asked. What `while_waiting`
+/// does happens inside the next get(), as a click during a transfer would; a
+/// get() from there supersedes the waiting one.
+class FakeTransfer final : public directory::Transfer {
+ public:
+  using Outcome = directory::TransferResult::Outcome;
+
+  std::vector<std::string> requests;
+  std::deque<directory::TransferResult> answers;
+  std::function<void()> while_waiting;
+
+  void answer(std::string body) { answers.push_back({Outcome::completed, std::move(body)}); }
+  void answer(Outcome outcome) { answers.push_back({outcome, {}}); }
+
+  directory::TransferResult get(std::string_view url) override {
+    requests.emplace_back(url);
+    const std::size_t request = requests.size();
+    if (while_waiting) std::exchange(while_waiting, nullptr)();
+    if (shut_down_ || request != requests.size()) return {Outcome::superseded, {}};
+    if (answers.empty()) return {};
+    auto result = std::move(answers.front());
+    answers.pop_front();
+    return result;
+  }
+  void shutDown() override { shut_down_ = true; }
+
+ private:
+  bool shut_down_ = false;
+};
+
+class FakeDesktop final : public app::Desktop {
+ public:
+  std::vector<std::string> messages;
+  std::vector<std::string> opened;
+  std::string dangerous;             ///< the one extension the system warns of
+  std::function<void()> on_message;  ///< while the next message box is open
+
+  void messageBox(std::string_view text, std::string_view, Icon) override {
+    messages.emplace_back(text);
+    if (on_message) std::exchange(on_message, nullptr)();
+  }
+  void shellopen(std::string_view target) override { opened.emplace_back(target); }
+  bool isDangerousExtension(std::string_view extension) override { return extension == dangerous; }
+  void beep() override {}
+};
+
+class FakeTrayIcon final : public tray::TrayIcon {
+ public:
+  bool working = false;
+  std::string caption = "Kestrel";
+
+  void workicon() override { working = true; }
+  void normalicon() override { working = false; }
+  void setCaption(std::string_view text) override { caption = text; }
+};
+
+class FakeActions final : public tray::MenuActions {
+ public:
+  std::vector<std::string> calls;
+  std::function<void()> searching;  ///< while the search dialog is open
+
+  void startplayer(int index) override { calls.push_back("start " + std::to_string(index)); }
+  void stopplayer() override { calls.emplace_back("stop"); }
+  void mnuplayerwindow_Click() override { calls.emplace_back("window"); }
+  void mnuplayervolume_Click() override { calls.emplace_back("volume"); }
+  void mnurecordstream_Click() override { calls.emplace_back("record"); }
+  void lbstation(std::string_view caption) override {
+    calls.push_back("station " + std::string(caption));
+  }
+  void mgenreall_Click() override { calls.emplace_back("reload all"); }
+  void editfavs() override { calls.emplace_back("organiser"); }
+  void searchform() override {
+    calls.emplace_back("search");
+    if (searching) std::exchange(searching, nullptr)();
+  }
+  void mnusetup_Click() override { calls.emplace_back("setup"); }
+  void mnuabout_Click() override { calls.emplace_back("about"); }
+  void mnuquit_Click() override { calls.emplace_back("quit"); }
+};
+
+inline void putFile(const std::string& path, std::string_view contents) {
+  if (!app::replaceFile(path, contents)) throw std::runtime_error("cannot write " + path);
+}
+
+inline std::string fileText(const std::string& path) {
+  return app::readWhole(path).value_or("(no file)");
+}

@@ -1,0 +1,151 @@
+#include "directory/own_lists.h"
+#include "tests/directory_fixture.h"
+
+namespace directory {
+namespace {
+
+using Rows = std::vector<OwnEntry>;
+
+const std::string kLong(200, 'k');
+
+class OwnListsTest : public DirectoryTest {
+ protected:
+  void load(const Rows& rows, OwnList list) {
+    tray::MenuArray& menu = menuOf(list);
+    menu.unloadAbove(list == OwnList::favourites ? 2 : 0);
+    for (const OwnEntry& row : rows) {
+      const bool first = list == OwnList::specials && &row == &rows.front();
+      (first ? menu[0] : menu.load()) = {row.title, row.url};
+    }
+  }
+  tray::MenuArray& menuOf(OwnList list) {
+    return list == OwnList::favourites ? tree_.subfavs : tree_.subspecial;
+  }
+  // As a new start of the program would have it.
+  Rows favouritesNextTime() {
+    tray::MenuTree tree;
+    StationLists(paths_, settings_, messages_, tree, "20250615").loadAtStart();
+    return organise(tree, OwnList::favourites);
+  }
+};
+
+TEST_F(OwnListsTest, TheOrganiserMakesTheMenuWhatIsLeft) {
+  const OwnEntry a{"a", "u"}, b{"b", "v"}, same_title{"a", "w"};
+  const Rows all = {a, b, same_title, a};
+  const std::pair<Rows, Rows> cases[] = {{all, all},       {{a, b}, {b, a}}, {all, {same_title, a}},
+                                         {all, {a, b, a}}, {all, {}},        {{}, {}}};
+  for (const OwnList list : {OwnList::favourites, OwnList::specials}) {
+    for (const auto& [before, after] : cases) {
+      load(before, list);
+      EXPECT_EQ(organise(tree_, list), before);
+      reorganise(tree_, list, before, after);
+      EXPECT_EQ(organise(tree_, list), after);
+      for (const auto& item : menuOf(list)) EXPECT_TRUE(item.Visible);
+    }
+    EXPECT_EQ(organise(tree_, list), Rows{});
+  }
+  EXPECT_EQ(tree_.subfavs[1].Caption, "Organize Favorites");
+  EXPECT_EQ(entries(tree_.subspecial), (Entries{{"leer", ""}}));
+}
+
+TEST_F(OwnListsTest, WhatHappensToTheMenuMeanwhileOutlivesTheOrganiser) {
+  const Rows before = {{"a", "u"}, {"b", "v"}, {"c", "w"}};
+  load(before, OwnList::favourites);
+  tree_.subfavs[4].Checked = true;
+  tree_.subfavs.load() = {"a", "u"};  // added once more
+  tree_.subfavs.load() = {"new", "x"};
+  reorganise(tree_, OwnList::favourites, before, {before[2], before[1]});
+  EXPECT_EQ(organise(tree_, OwnList::favourites),
+            (Rows{{"c", "w"}, {"b", "v"}, {"a", "u"}, {"new", "x"}}));
+  EXPECT_TRUE(tree_.subfavs[4].Checked) << "the station still plays";
+  EXPECT_FALSE(tree_.subfavs[3].Checked);
+
+  load(before, OwnList::specials);
+  putFile(data("special.dat"), "b%#$v\nnew%#$x\n");  // by another program
+  lists_.specialreloaded();
+  reorganise(tree_, OwnList::specials, before, {before[0], before[1]});
+  EXPECT_EQ(organise(tree_, OwnList::specials), (Rows{{"b", "v"}, {"new", "x"}}));
+}
+
+TEST_F(OwnListsTest, AnEntryNeedsBothItsTexts) {
+  EXPECT_TRUE(isComplete("t", "u"));
+  EXPECT_TRUE(isComplete(" ", " "));
+  EXPECT_FALSE(isComplete("t", ""));
+  EXPECT_FALSE(isComplete("", "u"));
+}
+
+TEST_F(OwnListsTest, WrittenOwnEntriesAreInFileAndMenuInTheirOrder) {
+  ASSERT_TRUE(lists_.writeSpecials({{kLong, "http://b"}, {"a", "http://a"}}));
+  EXPECT_EQ(fileText(data("special.dat")), kLong + "%#$http://b\r\na%#$http://a\r\n");
+  EXPECT_EQ(tree_.subspecial[0].Caption.size(), static_cast<std::size_t>(settings_.maxchar));
+  EXPECT_EQ(tree_.subspecial[1].Caption, "a");
+  EXPECT_TRUE(tree_.mgenrespecial.Visible && tree_.mgenrespecial.Enabled);
+  EXPECT_EQ(lists_.specials(), (Rows{{kLong, "http://b"}, {"a", "http://a"}}))
+      << "the page shows titles in full, or the next OK would cut them";
+}
+
+TEST_F(OwnListsTest, TypedTextKeepsItsEntryWhatItMayBe) {
+  const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
+      {"a%#$b", "u", "a%# $b", "u"},
+      {"a", "http://h/%#$x%#$", "a", "http://h/%25#$x%25#$"},
+      {"%#$", "%#$", "%# $", "%25#$"},
+      {"%#%#$$", "%%#$#$", "%#%# $$", "%%25#$#$"},
+      {"a%#", "$u", "a%#", "$u"},
+      {"a%", "#$u", "a%", "#$u"},
+      {"a\r\nb\n", "u\rv", "a  b ", "u v"},
+      {"\r", "\n", " ", " "},
+      {"M\xc3\xbcnchen", "h\xc3\xa4", "M\xc3\xbcnchen", "h\xc3\xa4"},
+      {"M\xfcnchen", "h\xe4", "M\xfcnchen", "h\xe4"},
+      {std::string("a\0b", 3), "\x1a", "a b", "\x1a"},
+  };
+  for (const auto& [title, address, kept_title, kept_address] : cases) {
+    const Rows kept = {{kept_title, kept_address}, {"next", "n"}};
+    ASSERT_TRUE(lists_.writeSpecials({{title, address}, {"next", "n"}}));
+    EXPECT_EQ(lists_.specials(), kept);
+    EXPECT_EQ(organise(tree_, OwnList::specials), kept);
+
+    load({{title, address}, {"next", "n"}}, OwnList::favourites);
+    ASSERT_TRUE(lists_.writeAtEnd());
+    EXPECT_EQ(favouritesNextTime(), kept);
+  }
+}
+
+TEST_F(OwnListsTest, ThePageShowsWhatIsDue) {
+  EXPECT_EQ(lists_.specials(), Rows{});
+  putFile(paths_.program_folder + "\\data\\special.dat", "program's%#$u\n");
+  EXPECT_EQ(lists_.specials(), (Rows{{"program's", "u"}}));
+  putFile(data("special.dat"), "today%#$a%#$20250615\nover%#$b%#$20250614\nplain%#$c\nno\n");
+  EXPECT_EQ(lists_.specials(), (Rows{{"today", "a"}, {"plain", "c"}}));
+}
+
+TEST_F(OwnListsTest, NoOwnEntriesMakeNoFileButEmptyTheOneThatIsThere) {
+  ASSERT_TRUE(lists_.writeSpecials({}));
+  EXPECT_FALSE(app::fileExists(data("special.dat")));
+  EXPECT_FALSE(tree_.mgenrespecial.Visible);
+  // The program's list must not come back once the user has emptied it.
+  putFile(paths_.program_folder + "\\data\\special.dat", "program's%#$u\n");
+  ASSERT_TRUE(lists_.writeSpecials({}));
+  EXPECT_EQ(fileText(data("special.dat")), "");
+  EXPECT_EQ(organise(tree_, OwnList::specials), Rows{});
+}
+
+TEST_F(OwnListsTest, OwnEntriesThatCouldNotBeReadAreNotWrittenOver) {
+  const std::string many(app::kLargestFile + 1, 'x');
+  putFile(data("special.dat"), "over%#$b%#$20200101\nmine%#$c\n");
+  lists_.specialreloaded();
+  putFile(data("special.dat"), many);
+  lists_.specialreloaded();
+  EXPECT_EQ(organise(tree_, OwnList::specials), (Rows{{"mine", "c"}})) << "better than none";
+  EXPECT_EQ(lists_.specials(), std::nullopt);
+  EXPECT_FALSE(lists_.writeSpecials({{"a", "u"}}));
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(app::readWhole(data("special.dat"), 2 * many.size()), many);
+
+  putFile(data("special.dat"), "over%#$b%#$20200101\nback%#$d\n");
+  lists_.specialreloaded();
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(fileText(data("special.dat")), "back%#$d\r\n");
+}
+
+}  // namespace
+}  // namespace directory

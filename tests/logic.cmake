@@ -1,0 +1,14 @@
+# The program's logic: no windows, no network, files in a temporary folder. Under
+# Windows it is the file layer that makes the difference.
+add_executable(logic_test logic_app_test.cpp logic_directory_test.cpp logic_tray_test.cpp)
+target_link_libraries(logic_test PRIVATE kestrel_logic GTest::gtest_main)
+if(WIN32)
+  add_test(NAME logic COMMAND ${CMAKE_CURRENT_LIST_DIR}/run-wine.sh $<TARGET_FILE:logic_test>)
+  set_tests_properties(logic PROPERTIES LABELS desktop TIMEOUT 180 RUN_SERIAL TRUE)
+else()
+  add_test(NAME logic COMMAND logic_test)
+  set_tests_properties(logic PROPERTIES TIMEOUT 60)
+
+  add_executable(parse_bench bench/parse_bench.cpp)
+  target_link_libraries(parse_bench PRIVATE kestrel_logic)
+endif()

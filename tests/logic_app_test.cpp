@@ -1,0 +1,268 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "app/hosts.h"
+#include "app/language.h"
+#include "app/settings.h"
+#include "app/startup.h"
+#include "app/text.h"
+#include "tests/fakes.h"
+
+namespace app {
+namespace {
+
+TEST(Text, KnowsNumbersWhateverTheLocale) {
+  const std::pair<const char*, std::optional<double>> cases[] = {
+      {"5", 5},     {" 5 ", 5},  {"-1", -1},    {"+2", 2},     {"0035", 35}, {"1.5", 1.5},
+      {"1,5", 1.5}, {".5", .5},  {"5.", 5},     {"1e2", 100},  {"", {}},     {" ", {}},
+      {"-", {}},    {".", {}},   {"e5", {}},    {"1e", {}},    {"abc", {}},  {"1 2", {}},
+      {"0x10", {}}, {"inf", {}}, {"1.2.3", {}}, {"1e999", {}}, {"5\t", {}},
+  };
+  for (const auto& [text, number] : cases) EXPECT_EQ(toNumber(text), number) << text;
+}
+
+TEST(Text, RoundsToIntegersAndRefusesWhatDoesNotFit) {
+  const std::pair<const char*, std::optional<std::int16_t>> cases[] = {
+      {"2.5", 2},      {"3.5", 4},         {"-0.4", 0},    {"32767", 32767}, {"32768", {}},
+      {"32767.5", {}}, {"-32768", -32768}, {"-32769", {}}, {"1e30", {}},
+  };
+  for (const auto& [text, number] : cases) EXPECT_EQ(toInt16(text), number) << text;
+  EXPECT_EQ(toInt32("2147483648"), std::nullopt);
+}
+
+TEST(Text, CutsTitlesByCharacterAndNeverInsideOne) {
+  const std::string umlauts = "\xc3\xa4\xc3\xb6\xc3\xbc\xc3\x9f\xc3\xa9\xc3\xa8";  // 6 characters
+  const std::tuple<std::string, int, std::string> cases[] = {
+      {"exactly ten", 11, "exactly ten"},
+      {"exactly ten", 10, "exactl ..."},
+      {umlauts, 6, umlauts},
+      {umlauts, 5, "\xc3\xa4 ..."},
+      {"\xe4\xf6\xfc\xdf\xe9\xe8", 5, "\xe4 ..."},  // not UTF-8: bytes
+      {"\xf0\x9f\x8e\xb5\xf0\x9f\x8e\xb5 notes", 6, "\xf0\x9f\x8e\xb5\xf0\x9f\x8e\xb5 ..."},
+      {"\xed\xa0\x80"
+       "bcdefg",
+       6, "\xed\xa0 ..."},  // a surrogate is no UTF-8
+      {"\xc0\xaf"
+       "bcdefg",
+       6, "\xc0\xaf ..."},
+      {"title", 3, " ..."},
+      {"title", 0, " ..."},
+      {"title", -9, " ..."},
+      {"", 0, ""},
+  };
+  for (const auto& [title, maxchar, cut] : cases) EXPECT_EQ(cutTitle(title, maxchar), cut) << title;
+}
+
+TEST(Files, LinesEndAtCrLfOrBoth) {
+  const std::pair<std::string_view, std::vector<std::string>> cases[] = {
+      {"", {}},
+      {"a", {"a"}},
+      {"a\r\nb\nc\rd", {"a", "b", "c", "d"}},
+      {"a\r\r\nb\r", {"a", "", "b"}},
+      {"\n\n", {"", ""}},
+  };
+  for (const auto& [text, expected] : cases) {
+    std::vector<std::string> found;
+    Lines lines(text);
+    for (std::string_view line; lines.next(line);) found.emplace_back(line);
+    EXPECT_EQ(found, expected) << text;
+  }
+}
+
+TEST(Files, AFileThatCannotBeReplacedStaysWhole) {
+  const TestFolder folder;
+  const std::string file = folder.path() + "\\favs.dat";
+  putFile(file, "old");
+  // A folder where the new contents would be written beside it.
+  ASSERT_TRUE(makeFolder(file + ".new"));
+  EXPECT_FALSE(replaceFile(file, "new"));
+  EXPECT_EQ(fileText(file), "old");
+}
+
+#ifndef _WIN32
+TEST(Files, ADiskThatIsFullLeavesTheOldFileWhole) {
+  const TestFolder folder;
+  const std::string file = folder.path() + "\\favs.dat";
+  putFile(file, "old");
+  // What is written beside the file lands on a device that is always full.
+  ASSERT_EQ(::symlink("/dev/full", (folder.path() + "/favs.dat.new").c_str()), 0);
+  EXPECT_FALSE(replaceFile(file, "new"));
+  EXPECT_EQ(fileText(file), "old");
+}
+#endif
+
+TEST(Files, TooLargeIsNoContents) {
+  const TestFolder folder;
+  const std::string file = folder.path() + "\\page";
+  putFile(file, "12345");
+  EXPECT_EQ(readWhole(file, 5), "12345");
+  EXPECT_EQ(readWhole(file, 4), std::nullopt);
+}
+
+TEST(Language, CleansLines) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"1002:Genres #note", "1002:Genres"},
+      {"1002:Rock'n'Roll", "1002:Rock"},
+      {"1002:A#B'C", "1002:A#B"},
+      {"1002:G\te\tn", "1002:Gen"},
+      {"  1002: a:b  ", "1002: a:b"},
+      {"\t 1002:x", " 1002:x"},  // the blanks go before the tabs
+      {"#", ""},
+  };
+  for (const auto& [line, cleaned] : cases) EXPECT_EQ(cleanline(line), cleaned);
+  for (const char* line : {"", "x", "#a:b", "'a:b"}) EXPECT_FALSE(isLanguageLine(line)) << line;
+  EXPECT_TRUE(isLanguageLine(" #a:b"));
+}
+
+struct SettingsOf {
+  explicit SettingsOf(std::string_view text) {
+    readEarlySettings(text, settings);
+    applySettings(text, settings, tree);
+  }
+  Settings settings;
+  tray::MenuTree tree;
+};
+
+// The written file tells all that was read; each case names the line that differs
+// from the defaults.
+TEST(Settings, ReadsWhatItCanAndWritesItBack) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"MaxChar=80", "maxchar=80"},
+      {" maxchar=80", ""},
+      {"maxchar=70000", ""},
+      {"maxentry=0035", "maxentry=0035"},
+      {"maxentry=30\r\nmaxentry=abc", ""},
+      {"reloadonstartup=0", ""},
+      {"reloadonstartup=no", ""},
+      {"reloadonstartup=5", "reloadonstartup=1"},
+      {"playerpath=C:\\Player\\play.exe -x=1", "playerpath=C:\\Player\\play.exe -x=1"},
+      {"playerpath=-", ""},
+      {"playerpath=a\r\nplayerpath=", ""},
+      {"  # volume=5\r\nvolume=77", "volume=77"},
+      {"player=2\nplayer=x", "player=2"},
+      {"showsplash=0", "showsplash=0"},
+      {"showsplash=2", "showsplash=0"},
+      {"showsplash=-1", "showsplash=0"},
+      {"showsplash=yes", ""},
+      {"showsplash=1,0", ""},
+      {"showreloadallwindow=7", "showreloadallwindow=7"},
+      {"language=german.kesl", "language=german.kesl"},
+      {"language=", ""},
+      {"playerwin_left=150,5", "playerwin_left=150.5"},
+      {"playerwin_top=-4500", "playerwin_top=-4500"},
+      {"playerwin_top=1e30", ""},
+      {"bitrate=3", "bitrate=3"},
+      {"bitrate=6", ""},
+      {"bitrate=", ""},
+      {"genre=1;0;True;False;-1;1;1;1;1;1;1;1;1;1;1;1;1;1;1; 0 ",
+       "genre=1;0;1;0;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1;0"},
+      {"genre=0;0;0", ""},
+      {"genre=0;0;0;0;0;0;0;0;0;0;0;0;0;0;0;0;0;0;0;x", ""},
+      {"unknown=1\r\nleftmouse=2", "leftmouse=2"},
+      {"left", ""},
+  };
+  const SettingsOf defaults("");
+  const std::string expected_defaults = settingsText(defaults.settings, defaults.tree);
+  for (const auto& [text, changed] : cases) {
+    const SettingsOf read(text);
+    std::string written = settingsText(read.settings, read.tree);
+    if (!changed.empty()) {
+      ASSERT_NE(written.find(changed + "\r\n"), written.npos) << text << "\n" << written;
+      // All other lines are the default ones: reading the written file back is stable.
+      const SettingsOf again(written);
+      EXPECT_EQ(settingsText(again.settings, again.tree), written);
+    } else {
+      EXPECT_EQ(written, expected_defaults) << text;
+    }
+  }
+}
+
+TEST(Settings, WritesTheWholeFile) {
+  SettingsOf state("playerwin_left=1200\nplayerwin_top=900.25\n");
+  state.tree.mgenre[3].Visible = false;
+  state.tree.subbit[0].Checked = false;
+  EXPECT_EQ(settingsText(state.settings, state.tree),
+            "#config for kestrel 1.0.68+\r\n#do not edit\r\n\r\n"
+            "genre=1;1;1;0;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1\r\n"
+            "\r\n"
+            "showsplash=1\r\nshowreloadallwindow=1\r\nmaxentry=20\r\nmaxchar=50\r\n"
+            "reloadonstartup=0\r\nlanguage=0\r\nplayerwin_left=1200\r\nplayerwin_top=900.25\r\n"
+            "player=0\r\nplayerpath=-\r\nvolume=10000\r\nleftmouse=0\r\nrightmouse=0\r\n"
+            "playerstart=0\r\n");
+}
+
+TEST(Hosts, TakesWhatIsThereAndDefaultsForTheRest) {
+  const TestFolder folder;
+  const std::string file = folder.path() + "\\hosts.cfg";
+  putFile(file, "#hosts\nDirectory= 127.0.0.1:8000 \nupdate=\n");
+  const Hosts hosts = readHosts(file);
+  EXPECT_EQ(hosts.directory, "127.0.0.1:8000");
+  EXPECT_EQ(hosts.update, Hosts().update);
+}
+
+class StartupTest : public testing::Test {
+ protected:
+  StartupTest() {
+    makeFolder(appdata_);
+    makeFolder(program_);
+    makeFolder(program_ + "\\lang");
+  }
+  Startup start() { return prepareStartup(appdata_, program_ + "\\"); }
+
+  TestFolder folder_;
+  std::string appdata_ = folder_.path() + "\\appdata";
+  std::string program_ = folder_.path() + "\\program";
+  std::string kes_ = appdata_ + "\\ardenware\\kes";
+};
+
+TEST_F(StartupTest, FirstStartMakesTheFolders) {
+  EXPECT_TRUE(start().firstrun);
+  EXPECT_TRUE(folderExists(kes_ + "\\data"));
+}
+
+TEST_F(StartupTest, MakesNothingInAFolderThatWasThere) {
+  makeFolder(appdata_ + "\\ardenware");
+  EXPECT_EQ(start().paths.datapath, kes_);
+  EXPECT_FALSE(folderExists(kes_));
+}
+
+TEST_F(StartupTest, SettingsBesideTheProgramCountForTheStartOnly) {
+  putFile(program_ + "\\settings.cfg", "showsplash=0\nmaxchar=80\n");
+  Startup start = this->start();
+  tray::MenuTree tree;
+  ladesettings(start.paths, start.settings, tree);
+  EXPECT_FALSE(start.firstrun);
+  EXPECT_EQ(start.settings.showsplash, 0);
+  EXPECT_EQ(start.settings.maxchar, 50);
+  ASSERT_TRUE(savesettings(start.paths, start.settings, tree));
+  EXPECT_EQ(fileText(kes_ + "\\settings.cfg"), settingsText(start.settings, tree));
+}
+
+TEST_F(StartupTest, CopiesTheProgramsLanguageFileAndTakesTheSplashTextFromIt) {
+  putFile(program_ + "\\settings.cfg", "language=german.kesl");
+  const std::string text = "language:Deutsch\n0001\n0001:Lade: bitte warten#\n0001:later";
+  putFile(program_ + "\\lang\\german.kesl", text);
+  EXPECT_EQ(start().splash_message, "Lade: bitte warten");
+  EXPECT_EQ(fileText(kes_ + "\\lang\\german.kesl"), text);
+}
+
+TEST_F(StartupTest, ALanguageThatCannotBeFoundIsEnglish) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"gone.kesl", "0"}, {"x", "x"}, {"0", "0"}, {"..\\settings.cfg", "0"}};
+  for (const auto& [language, kept] : cases) {
+    putFile(program_ + "\\settings.cfg", std::string("language=") + language);
+    EXPECT_EQ(start().settings.language, kept);
+  }
+}
+
+TEST_F(StartupTest, SettingsThatCouldNotBeReadAreKeptAside) {
+  const Paths paths = start().paths;
+  putFile(paths.inData("\\settings.cfg"), "volume=1");
+  Settings settings;
+  settings.unread = true;
+  ASSERT_TRUE(savesettings(paths, settings, tray::MenuTree()));
+  EXPECT_EQ(fileText(paths.inData("\\settings.cfg.old")), "volume=1");
+}
+
+}  // namespace
+}  // namespace app

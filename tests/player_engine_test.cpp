@@ -1,0 +1,174 @@
+// The player with the real engine and real streams, from click to sound.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "app/files.h"
+#include "engine/engine.h"
+#include "player/audio_setup.h"
+#include "player/playback.h"
+#include "tests/engine_harness.h"
+#include "tests/player_fakes.h"
+#include "tests/player_folder.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using engine_test::Station;
+
+engine_test::DemoRadio& radio() {
+  static engine_test::DemoRadio running;
+  return running;
+}
+
+bool linkEngine(const std::string&, player::AudioLibrary& library) {
+  library = {BASS_GetVersion,     BASS_Init,
+             BASS_Free,           BASS_SetConfig,
+             BASS_ErrorGetCode,   BASS_PluginLoad,
+             BASS_PluginFree,     BASS_StreamCreateURL,
+             BASS_StreamFree,     BASS_StreamGetFilePosition,
+             BASS_ChannelGetTags, BASS_ChannelSetSync,
+             BASS_ChannelGetInfo, BASS_ChannelSetAttributes,
+             BASS_ChannelPlay,    BASS_ChannelStop};
+  return true;
+}
+
+class RealPlayback : public testing::Test {
+ protected:
+  RealPlayback() {
+    folder.put("bass.dll");  // the engine is linked; only its presence is asked for
+    folder.put("bass_aac.dll");
+    folder.put("tmpdata.pls");
+    auto tape = std::make_unique<engine_test::Tape>();
+    reel = tape->reel();
+    engine::instance().useOutput(std::move(tape));
+    EXPECT_TRUE(
+        player::initaudio({library, desktop, view, folder.path(), nullptr, linkEngine, [] {}}));
+  }
+
+  void play(const std::string& address) {
+    streamlist = {address, ""};
+    playback.startplayer(0);
+  }
+  /// Share of the last half second's sound that is the station's tone.
+  bool sounds(double tone) {
+    const auto end = std::chrono::steady_clock::now() + 15s;
+    while (std::chrono::steady_clock::now() < end) {
+      std::this_thread::sleep_for(50ms);
+      std::vector<float> sound;
+      {
+        std::lock_guard lock(reel->mutex);
+        constexpr std::size_t kHalf = engine_test::Tape::kRate / 2;
+        if (reel->left.size() > kHalf) sound.assign(reel->left.end() - kHalf, reel->left.end());
+      }
+      if (sound.empty() || engine_test::rootMeanSquare(sound) < 0.01) continue;
+      if (engine_test::toneShare(sound, tone) > 4 * engine_test::toneShare(sound, tone * 1.06))
+        return true;
+    }
+    return false;
+  }
+
+  player::AudioLibrary library;
+  TestFolder folder;
+  std::shared_ptr<engine_test::Tape::Reel> reel;
+  FakeView view;
+  FakeDesktop desktop;
+  FakeIcon icon;
+  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
+  app::Messages messages;
+  player::Volume volume;
+  player::Recorder recorder{folder.path()};
+  std::vector<std::string> streamlist;
+  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
+                             volume, recorder, streamlist, folder.path()}};
+};
+
+TEST_F(RealPlayback, PlaysAndRecordsAStation) {
+  const Station station = radio().station("mp3", 44100);
+  playback.recordstatus(true);
+  play(radio().stream(station));
+  EXPECT_TRUE(sounds(station.tone));
+  EXPECT_EQ(view.now("lblName"), station.name);
+  EXPECT_EQ(view.now("lblBPS"), "bitrate: " + std::to_string(station.kbit));
+  EXPECT_EQ(view.now("lblFormat"), "mp3");
+  const std::string title = view.now("lblSong");
+  ASSERT_FALSE(title.empty());
+
+  std::optional<std::string> recorded;
+  const std::string path = folder.path() + "\\" + title + ".mp3";
+  for (int i = 0; i < 100 && (!recorded || recorded->size() < 1000); ++i) {
+    std::this_thread::sleep_for(50ms);
+    recorded = app::readWhole(path);
+  }
+  ASSERT_TRUE(recorded) << path;
+  EXPECT_EQ(recorded->substr(0, 2), "\xff\xfb");
+  playback.stopplayer();
+  const std::size_t size = app::readWhole(path)->size();
+  std::this_thread::sleep_for(300ms);
+  EXPECT_EQ(app::readWhole(path)->size(), size);
+  EXPECT_EQ(view.now("lblName"), "stop");
+}
+
+TEST_F(RealPlayback, ChangesToAnotherStation) {
+  play(radio().stream(radio().station("mp3", 44100)));
+  ASSERT_TRUE(view.waitFor("lblFormat", "mp3"));
+  const Station next = radio().station("mp3", 22050);
+  for (int i = 0; i < 100; ++i) {  // beeps until the first worker has left
+    const int beeps = desktop.beeps;
+    play(radio().stream(next));
+    if (desktop.beeps == beeps) break;
+    std::this_thread::sleep_for(10ms);
+  }
+  EXPECT_TRUE(sounds(next.tone));
+  EXPECT_EQ(view.now("lblName"), next.name);
+}
+
+TEST_F(RealPlayback, SaysThatAFormatIsNotSupported) {
+  play(radio().stream(radio().station("aac", 44100)));
+  ASSERT_TRUE(view.waitFor("lblSong", "not playing"));
+  ASSERT_TRUE(view.waitFor("playing", "no"));
+  EXPECT_EQ(view.now("error"),
+            "Can't play the stream\r\n\r\nError Code : 41\r\nUnsupported Fileformat\r\n"
+            "Stream not Online or Unsupported Fileformat");
+}
+
+TEST_F(RealPlayback, StopsWhileTheServerIsSilentAndPlaysTheNext) {
+  engine_test::ScriptedServer silent;
+  play(silent.url());
+  silent.accept();
+  const auto stopped = std::chrono::steady_clock::now();
+  playback.stopplayer();
+  const Station next = radio().station("mp3", 44100);
+  do {
+    desktop.beeps = 0;
+    std::this_thread::sleep_for(10ms);
+    play(radio().stream(next));
+  } while (desktop.beeps > 0 && std::chrono::steady_clock::now() - stopped < 5s);
+  EXPECT_LT(std::chrono::steady_clock::now() - stopped, 2s);  // far below all time-outs
+  EXPECT_TRUE(sounds(next.tone));
+  EXPECT_EQ(view.now("error"), "(never)");
+}
+
+TEST_F(RealPlayback, LeavesWhateverTheServerDoes) {
+  struct Stuck {
+    const char* where;
+    std::string answer;
+  };
+  const Stuck cases[] = {{"headers", ""},
+                         {"sound", "HTTP/1.0 200 OK\r\nContent-Type: audio/mpeg\r\n\r\n"}};
+  for (const Stuck& each : cases) {
+    engine_test::ScriptedServer server;
+    play(server.url());
+    server.accept();
+    server.send(each.answer);
+    std::this_thread::sleep_for(200ms);
+    const auto start = std::chrono::steady_clock::now();
+    playback.shutDown();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s) << each.where;
+    EXPECT_TRUE(library.Init(-1, 44100, 0, nullptr, nullptr));
+  }
+  EXPECT_EQ(view.now("error"), "(never)");
+}
+
+}  // namespace

@@ -1,0 +1,307 @@
+#include <gtest/gtest.h>
+
+#include "player/audio_setup.h"
+#include "player/channel_type.h"
+#include "player/playback.h"
+#include "player/title_tag.h"
+#include "tests/player_fakes.h"
+#include "tests/player_folder.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST(TitleTag, EndsTwoBeforeTheFirstSemicolon) {
+  struct Case {
+    std::string_view tag;
+    std::optional<std::string_view> title;
+  };
+  const Case cases[] = {
+      {"StreamTitle='A - B';StreamUrl='';", "A - B"},
+      {"StreamTitle='';", ""},
+      {"StreamTitle='Simon; Garfunkel';", "Simo"},
+      {"StreamTitle=';", ""},
+      {"StreamTitle='", ""},
+      {"StreamTitle='No end'", "No end"},
+      {"StreamTitle='Cut sho", "Cut sho"},
+      {"StreamUrl='x';", std::nullopt},
+      {"streamtitle='x';", std::nullopt},
+      {"", std::nullopt},
+  };
+  for (const Case& each : cases) EXPECT_EQ(player::titleOf(each.tag), each.title) << each.tag;
+}
+
+TEST(ChannelType, NamesTheCodeOrSaysUnknown) {
+  EXPECT_EQ(player::GetCTypeName(0x10b00), "AAC");
+  EXPECT_EQ(player::GetCTypeName(0x10700), "Monkey's Audio");
+  EXPECT_EQ(player::GetCTypeName(0x20005), "MO3");
+  EXPECT_EQ(player::GetCTypeName(0x10004 + 0x10000), "IT");
+  EXPECT_EQ(player::GetCTypeName(0x10b02), "Unknown");
+}
+
+TEST(Playback, MapsMenuEntriesToElementsInItsOwnOrder) {
+  const int elements[] = {0, 2, 4, 6, 8, 1, 3, 5};
+  for (int entry = 0; entry < 8; ++entry)
+    EXPECT_EQ(player::Playback::elementOf(entry), elements[entry]);
+}
+
+class AudioSetupTest : public testing::Test {
+ protected:
+  bool run() {
+    if (has_library) folder.put("bass.dll");
+    if (has_plugin) folder.put("bass_aac.dll");
+    return player::initaudio({.library = library,
+                              .desktop = desktop,
+                              .view = view,
+                              .program_folder = folder.path(),
+                              .main_window = nullptr,
+                              .load =
+                                  [this](const std::string& path, player::AudioLibrary& into) {
+                                    EXPECT_EQ(path, folder.path() + "\\bass.dll");
+                                    if (loads) into = fake.table();
+                                    return loads;
+                                  },
+                              .playlisteinlesen = [this] { ++playlists_read; }});
+  }
+
+  void expectMessage(std::string_view text, std::string_view title) {
+    ASSERT_EQ(desktop.messages.size(), 1u);
+    EXPECT_EQ(desktop.messages[0].text, text);
+    EXPECT_EQ(desktop.messages[0].title, title);
+    EXPECT_EQ(desktop.messages[0].icon, app::Desktop::Icon::critical);
+  }
+
+  FakeLibrary fake;
+  FakeDesktop desktop;
+  FakeView view;
+  player::AudioLibrary library;
+  TestFolder folder;
+  bool has_library = true, has_plugin = true, loads = true;
+  int playlists_read = 0;
+};
+
+TEST_F(AudioSetupTest, StartsTheLibraryInOrder) {
+  EXPECT_TRUE(run());
+  EXPECT_EQ(fake.calls(), (Texts{"GetVersion", "Init -1,44100,0", "SetConfig 3,10000",
+                                 "SetConfig 15,0", "PluginLoad bass_aac.dll 0"}));
+  EXPECT_EQ(playlists_read, 1);
+  EXPECT_EQ(view.now("lblName"), "stop");
+  EXPECT_TRUE(desktop.messages.empty());
+}
+
+TEST_F(AudioSetupTest, EndsWithoutTheLibrary) {
+  has_library = false;
+  EXPECT_FALSE(run());
+  expectMessage("BASS.DLL does not exists", "BASS.DLL");
+  EXPECT_TRUE(fake.calls().empty());
+}
+
+TEST_F(AudioSetupTest, EndsWithAnotherVersion) {
+  fake.version = 0x02040000;
+  EXPECT_FALSE(run());
+  expectMessage("BASS version 2.3 was not loaded", "Incorrect BASS.DLL");
+}
+
+TEST_F(AudioSetupTest, EndsWithALibraryThatDoesNotLoad) {
+  loads = false;
+  EXPECT_FALSE(run());
+  expectMessage("BASS version 2.3 was not loaded", "Incorrect BASS.DLL");
+}
+
+TEST_F(AudioSetupTest, EndsWithoutAnOutputAndSaysTheCode) {
+  fake.init_works = false;
+  fake.error = BASS_ERROR_DEVICE;
+  EXPECT_FALSE(run());
+  EXPECT_EQ(view.now("error"), "Can't initialize device\r\n\r\nError Code : 23\r\n");
+}
+
+TEST_F(AudioSetupTest, GoesOnWithoutThePlugin) {
+  has_plugin = false;
+  EXPECT_TRUE(run());
+  expectMessage("bass_aac.dll not found. AAC support disabled", "bass_aac.dll");
+  EXPECT_EQ(playlists_read, 1);
+}
+
+class PlaybackTest : public testing::Test {
+ protected:
+  PlaybackTest() {
+    folder.put("tmpdata.pls");
+    fake.ends = {1000};
+    fake.downloads = {800};
+    messages.msgplayerstatus = "Opening";
+  }
+
+  /// Starts, and waits until the worker has made this call.
+  void startUntil(const std::string& call, int entry = 0) {
+    playback.startplayer(entry);
+    ASSERT_TRUE(fake.waitFor(call)) << call;
+  }
+  void send(std::string_view status) { fake.download(status.data(), 0, 0); }
+
+  FakeLibrary fake;
+  player::AudioLibrary library = fake.table();
+  FakeView view;
+  FakeDesktop desktop;
+  FakeIcon icon;
+  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
+  app::Messages messages;
+  player::Volume volume;
+  player::Recorder recorder{"/nonexistent"};
+  Texts streamlist{"http://a/", "http://b/", "http://c/", ""};
+  TestFolder folder;
+  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
+                             volume, recorder, streamlist, folder.path()}};
+};
+
+TEST_F(PlaybackTest, PlaysWithNameBitrateTitleFormatAndVolume) {
+  fake.icy_headers = std::string("ICY 200 OK\0icy-name:Radio X\0ICY-NAME:Y\0icy-br:128\0", 50);
+  fake.meta = "StreamTitle='A - B';";
+  fake.ctype = BASS_CTYPE_STREAM_AAC;
+  volume.set(4000);
+  startUntil("ChannelPlay");
+  EXPECT_EQ(fake.calls(), (Texts{"StreamCreateURL http://a/ 0,8388608,0", "ChannelSetSync 77,4,0,0",
+                                 "ChannelSetAttributes 77,-1,4000,-101", "ChannelPlay 77,0"}));
+  EXPECT_EQ(view.history("lblName"), (Texts{"stop", "Radio X"}));
+  EXPECT_EQ(view.history("lblSong"), (Texts{"Opening", "A - B"}));
+  EXPECT_EQ(view.history("lblBPS"), (Texts{"", "bitrate: 128"}));
+  EXPECT_EQ(view.now("lblFormat"), "aac");
+  EXPECT_EQ(view.now("playing"), "yes");
+}
+
+TEST_F(PlaybackTest, WaitsUntilMoreThanThreeQuartersAreThere) {
+  fake.downloads = {100, 755, 756};
+  fake.decoded = 0;
+  startUntil("ChannelPlay");
+  EXPECT_EQ(view.history("lblName"), (Texts{"stop", "buffering... 10%", "play"}));
+}
+
+TEST_F(PlaybackTest, CountsOnlyWhatIsNotYetDecoded) {
+  fake.downloads = {900, 1000};
+  fake.decoded = 250;
+  fake.ends = {1000, 900};
+  startUntil("ChannelPlay");
+  EXPECT_EQ(view.history("lblName"), (Texts{"stop", "buffering... 65%", "play"}));
+}
+
+TEST_F(PlaybackTest, EndsQuietlyWhenTheLibraryLosesTheStream) {
+  fake.ends = {1000, BASS_FILEPOS_ERROR};
+  fake.downloads = {10};
+  playback.startplayer(0);
+  ASSERT_TRUE(view.waitFor("lblName", "buffering... 1%"));
+  ASSERT_TRUE(view.waitFor("lblName", "stop"));
+  playback.shutDown();
+  EXPECT_EQ(fake.sync, nullptr);
+  EXPECT_EQ(view.now("error"), "(never)");
+  EXPECT_FALSE(playback.isActive());
+}
+
+TEST_F(PlaybackTest, SaysWhyAStreamCannotBePlayed) {
+  fake.stream = 0;
+  fake.error = BASS_ERROR_FILEFORM;
+  playback.startplayer(0);
+  ASSERT_TRUE(view.waitFor("playing", "no"));
+  EXPECT_EQ(view.now("lblSong"), "not playing");
+  EXPECT_EQ(view.now("error"),
+            "Can't play the stream\r\n\r\nError Code : 41\r\nUnsupported Fileformat\r\n"
+            "Stream not Online or Unsupported Fileformat");
+}
+
+TEST_F(PlaybackTest, ChoosesTheAddressByTheEntrysElement) {
+  const std::pair<int, std::string> cases[] = {
+      {1, "http://c/"}, {5, "http://b/"}, {4, ""}, {100, ""}};
+  for (const auto& [entry, address] : cases) {
+    startUntil("StreamCreateURL " + address + " ", entry);
+    playback.stopplayer();
+    playback.shutDown();  // waits for the worker
+  }
+}
+
+TEST_F(PlaybackTest, DoesNothingWithoutAPlaylist) {
+  folder.remove("tmpdata.pls");
+  playback.startplayer(0);
+  folder.put("tmpdata.m3u");
+  streamlist.clear();
+  playback.startplayer(0);
+  EXPECT_TRUE(view.history("lblName").empty());
+  EXPECT_FALSE(playback.isActive());
+}
+
+TEST_F(PlaybackTest, OnlyBeepsWhileAStreamIsBeingOpened) {
+  fake.open_hangs = true;
+  startUntil("StreamCreateURL");
+  playback.startplayer(1);
+  EXPECT_EQ(desktop.beeps, 1);
+  EXPECT_EQ(fake.calls().size(), 1u);
+  EXPECT_EQ(view.now("playing"), "yes");
+}
+
+TEST_F(PlaybackTest, StopsAStreamThatIsBeingOpened) {
+  fake.open_hangs = true;
+  startUntil("StreamCreateURL");
+  playback.stopplayer();
+  ASSERT_TRUE(fake.waitFor("StreamFree 77"));
+  EXPECT_EQ(view.now("lblName"), "stop");
+  EXPECT_EQ(view.now("error"), "(never)");
+}
+
+TEST_F(PlaybackTest, StopsABufferThatNeverFills) {
+  fake.downloads = {10};
+  subplayerplay.Checked = true;
+  playback.startplayer(0);
+  ASSERT_TRUE(view.waitFor("lblName", "buffering... 1%"));
+  playback.stopplayer();
+  EXPECT_FALSE(subplayerplay.Checked);
+  EXPECT_EQ(icon.normal, 1);
+  send("late status");
+  playback.shutDown();
+  EXPECT_EQ(view.now("lblName"), "stop");
+  EXPECT_NE(view.now("lblBPS"), "late status");
+  EXPECT_EQ(fake.sync, nullptr);
+}
+
+TEST_F(PlaybackTest, LeavesAtOnceWhileTheServerIsSilent) {
+  fake.open_hangs = true;
+  startUntil("StreamCreateURL");
+  playback.shutDown();
+  EXPECT_EQ(view.now("error"), "(never)");
+}
+
+TEST_F(PlaybackTest, FreesTheOldStreamBeforeTheNext) {
+  startUntil("ChannelPlay");
+  while (desktop.beeps > 0 || fake.calls().size() < 6) {
+    desktop.beeps = 0;
+    playback.startplayer(1);  // beeps until the first worker has left
+  }
+  EXPECT_EQ(fake.calls()[4], "StreamFree 77");
+  EXPECT_EQ(fake.calls()[5], "StreamCreateURL http://c/ 0,8388608,0");
+}
+
+TEST_F(PlaybackTest, ShowsStatusTextsAndLaterTitles) {
+  startUntil("ChannelPlay");
+  send("HTTP/1.0 200 OK");
+  EXPECT_EQ(view.now("lblBPS"), "HTTP/1.0 200 OK");
+  const char tag[] = "StreamTitle='Next';";
+  fake.sync(1, 77, reinterpret_cast<uintptr_t>(tag), 0);
+  EXPECT_EQ(view.now("lblSong"), "Next");
+  fake.sync(1, 77, 0, 0);
+  EXPECT_EQ(view.now("lblSong"), "Next");
+}
+
+TEST_F(PlaybackTest, FollowsTheVolumeWhileItPlays) {
+  startUntil("ChannelPlay");
+  volume.set(20000);
+  volume.set(-5);
+  EXPECT_TRUE(fake.waitFor("ChannelSetAttributes 77,-1,0,-101"));
+}
+
+TEST_F(PlaybackTest, SwitchesRecordingEverywhere) {
+  playback.mnurecordstream_Click();
+  EXPECT_TRUE(mnurecordstream.Checked);
+  EXPECT_TRUE(recorder.recordflag);
+  EXPECT_EQ(view.now("recording"), "yes");
+  playback.mnurecordstream_Click();
+  EXPECT_FALSE(recorder.recordflag);
+  EXPECT_EQ(view.now("recording"), "no");
+}
+
+}  // namespace

@@ -1,0 +1,173 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "app/files.h"
+#include "player/record_name.h"
+#include "player/recorder.h"
+#include "tests/player_folder.h"
+
+namespace {
+
+TEST(RecordName, NeverLeavesTheFolderNorNamesADevice) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"A - B", "R\\A - B.mp3"},
+      {"AC/DC: T.N.T.", "R\\ACDC T.N.T..mp3"},
+      {"..\\..\\x", "R\\....x.mp3"},
+      {"C:/autoexec", "R\\Cautoexec.mp3"},
+      {"a?b*c|d<e>f\"g", "R\\abcdefg.mp3"},
+      {"tab\tand\nline\x7f", "R\\tabandline.mp3"},
+      {"con", "R\\_con.mp3"},
+      {"NUL .x", "R\\_NUL .x.mp3"},
+      {"Com1", "R\\_Com1.mp3"},
+      {"LPT\u00b2", "R\\_LPT\u00b2.mp3"},
+      {"Comet", "R\\Comet.mp3"},
+      {"Console", "R\\Console.mp3"},
+      {"Привет", "R\\Привет.mp3"},
+      {"", ""},
+      {"  ", ""},
+      {"???", ""},
+      {"\x01\x02", ""},
+  };
+  for (const auto& [title, path] : cases) EXPECT_EQ(player::recordPath("R", title), path) << title;
+}
+
+TEST(RecordName, CutsLongTitlesBetweenCharacters) {
+  std::string title;
+  for (int i = 0; i < 400; ++i) title += "я";
+  const std::string folder(200, 'f');
+  const std::string path = player::recordPath(folder, title);
+  EXPECT_LE(path.size(), 259u);
+  EXPECT_GE(path.size(), 258u);
+  EXPECT_EQ(path.substr(201, path.size() - 205), title.substr(0, path.size() - 205));
+  EXPECT_EQ((path.size() - 205) % 2, 0u);
+}
+
+class RecorderTest : public testing::Test {
+ protected:
+  RecorderTest() {
+    recorder.recordflag = true;
+    recorder.begin();
+  }
+
+  void bytes(std::string_view text) {
+    recorder.bytes({reinterpret_cast<const std::byte*>(text.data()), text.size()});
+  }
+  [[nodiscard]] std::string recorded(const std::string& title) const {
+    return app::readWhole(folder.path() + "\\" + title + ".mp3").value_or("(no file)");
+  }
+
+  TestFolder folder;
+  player::Recorder recorder{folder.path()};
+};
+
+constexpr std::string_view kBlock = "xx\xff\xfb\x90yy";
+constexpr std::string_view kRecorded = "\xff\xfb\x90xx\xff\xfb\x90yy";
+
+TEST_F(RecorderTest, BeginsAFileWithItsFirstHeader) {
+  recorder.title("T");
+  bytes("no header");
+  bytes("\xff\xfb\x90 only at the start");
+  bytes("with a checksum \xff\xfa\x90");
+  bytes("half \xff");
+  EXPECT_EQ(recorded("T"), "");
+  bytes(kBlock);
+  bytes("more");
+  EXPECT_EQ(recorded("T"), std::string(kRecorded) + "more");
+}
+
+TEST_F(RecorderTest, TakesAHeaderWhoseThirdByteIsStillToCome) {
+  recorder.title("T");
+  bytes("x\xff\xfb");
+  EXPECT_EQ(recorded("T"), std::string("\xff\xfb\0x\xff\xfb", 6));
+}
+
+TEST_F(RecorderTest, WaitsForTheFirstTitle) {
+  bytes(kBlock);
+  EXPECT_EQ(folder.files(), 0);
+}
+
+TEST_F(RecorderTest, GoesOnInTheSameFileForTheSameTitle) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.title("T");
+  bytes("more");
+  EXPECT_EQ(recorded("T"), std::string(kRecorded) + "more");
+}
+
+TEST_F(RecorderTest, BeginsAFileForEachTitle) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.title("U");
+  bytes("still no header");
+  bytes(kBlock);
+  EXPECT_EQ(recorded("T"), kRecorded);
+  EXPECT_EQ(recorded("U"), kRecorded);
+}
+
+TEST_F(RecorderTest, LeavesATitleWithoutANameOut) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.title("");
+  bytes(kBlock);
+  EXPECT_EQ(recorded("T"), kRecorded);
+  EXPECT_EQ(folder.files(), 1);
+}
+
+TEST_F(RecorderTest, ClosesTheFileWhenSwitchedOff) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.recordflag = false;
+  bytes("unwanted");
+  EXPECT_EQ(recorded("T"), kRecorded);
+}
+
+TEST_F(RecorderTest, IgnoresWhatComesAfterTheEnd) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.end();
+  bytes(kBlock);
+  EXPECT_EQ(recorded("T"), kRecorded);
+}
+
+TEST_F(RecorderTest, DoesNotGiveTheNextStationThePreviousOnesTitle) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.end();
+  recorder.begin();
+  bytes("the next station \xff\xfb\x90");
+  EXPECT_EQ(recorded("T"), kRecorded);
+  EXPECT_EQ(folder.files(), 1);
+}
+
+TEST_F(RecorderTest, GoesOnAfterAFileThatCannotBeOpened) {
+  app::makeFolder(folder.path() + "\\T.mp3");
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.title("U");
+  bytes(kBlock);
+  EXPECT_EQ(recorded("U"), kRecorded);
+}
+
+TEST_F(RecorderTest, StopsAtTheEndOfTheDownload) {
+  recorder.title("T");
+  bytes(kBlock);
+  recorder.downloadEnded();
+  bytes(kBlock);
+  EXPECT_EQ(recorded("T"), kRecorded);
+}
+
+TEST_F(RecorderTest, TakesTitlesWhileBytesAreWritten) {
+  std::jthread titles([this] {
+    for (int i = 0; i < 200; ++i) recorder.title(std::to_string(i % 7));
+  });
+  for (int i = 0; i < 200; ++i) bytes(kBlock);
+  titles.join();
+  for (int i = 0; i < 7; ++i) {
+    const std::string file = recorded(std::to_string(i));
+    EXPECT_TRUE(file == "(no file)" || file.empty() || file.starts_with(kRecorded)) << file;
+  }
+}
+
+}  // namespace

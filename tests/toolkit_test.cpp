@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "app/desktop_win.h"
+#include "app/kesmessage_win.h"
+#include "res/resource.h"
+#include "tests/wine_desktop.h"
+#include "tray/tray_icon_win.h"
+#include "window/menu.h"
+#include "window/picture.h"
+#include "window/single_instance.h"
+#include "window/ui_queue.h"
+#include "window/window.h"
+
+namespace {
+
+int g_closed = 0;
+void closeNumber(int) {
+  ++g_closed;
+}
+using Number = window::UniqueHandle<int, closeNumber>;
+
+TEST(UniqueHandle, ClosesWhatItOwnsOnce) {
+  g_closed = 0;
+  {
+    Number first(1);
+    Number second(std::move(first));
+    first = Number(2);
+    second.reset(3);  // closes 1
+    EXPECT_EQ(g_closed, 1);
+    EXPECT_EQ(first.release(), 2);  // nobody's now
+  }
+  EXPECT_EQ(g_closed, 2);
+}
+
+/// Records its messages; some have effects.
+class Probe : public window::Window {
+ public:
+  static constexpr UINT kThrow = WM_APP, kDelete = WM_APP + 1;
+
+  Probe() {
+    create({.class_name = L"KestrelProbe", .caption = "Probe", .width = 100, .height = 50});
+  }
+  ~Probe() override { ++destroyed; }
+
+  std::optional<LRESULT> onMessage(UINT message, WPARAM, LPARAM) override {
+    if (message == WM_DESTROY) ++destroy_messages;
+    if (message == kThrow) throw std::runtime_error("thrown");
+    if (message == kDelete) {
+      delete this;
+      return 7;
+    }
+    return std::nullopt;
+  }
+  void onDpiChanged() override { ++dpi_changes; }
+
+  int dpi_changes = 0;
+  static inline int destroyed = 0;
+  static inline int destroy_messages = 0;
+};
+
+TEST(Window, GoesWithItsObjectWithoutCallingIt) {
+  Probe::destroy_messages = 0;
+  HWND native = nullptr;
+  {
+    const Probe probe;
+    native = probe.handle();
+    EXPECT_TRUE(IsWindow(native));
+  }
+  EXPECT_FALSE(IsWindow(native));
+  EXPECT_EQ(Probe::destroy_messages, 0);
+}
+
+TEST(Window, LeavesItsObjectWithoutAHandleWhenTheSystemDestroysIt) {
+  const Probe probe;
+  DestroyWindow(probe.handle());
+  EXPECT_EQ(probe.handle(), nullptr);
+}
+
+TEST(Window, HandlerMayThrowOrDeleteItsObject) {
+  Probe::destroyed = 0;
+  auto* probe = new Probe;
+  const HWND native = probe->handle();
+  EXPECT_EQ(SendMessageW(native, Probe::kThrow, 0, 0), 0);
+  EXPECT_EQ(SendMessageW(native, Probe::kDelete, 0, 0), 7);
+  EXPECT_EQ(Probe::destroyed, 1);
+  EXPECT_FALSE(IsWindow(native));
+}
+
+TEST(Window, TakesTheSuggestedPlaceOfANewScreen) {
+  Probe probe;
+  RECT suggested{10, 20, 410, 220};
+  SendMessageW(probe.handle(), WM_DPICHANGED, MAKEWPARAM(192, 192),
+               reinterpret_cast<LPARAM>(&suggested));
+  RECT place{};
+  GetWindowRect(probe.handle(), &place);
+  EXPECT_TRUE(EqualRect(&place, &suggested));
+  EXPECT_EQ(probe.dpi(), window::Dpi(192));
+  EXPECT_EQ(probe.dpi_changes, 1);
+}
+
+TEST(Dpi, ScalesAWindowByTheEnvironmentForTests) {
+  SetEnvironmentVariableW(L"KESTREL_DPI", L"192");
+  const Probe probe;
+  SetEnvironmentVariableW(L"KESTREL_DPI", nullptr);
+  RECT client{};
+  GetClientRect(probe.handle(), &client);
+  EXPECT_EQ(client.right, 200);
+  EXPECT_EQ(client.bottom, 100);
+}
+
+TEST(Dpi, RoundsToTheNearestPixel) {
+  EXPECT_EQ(window::Dpi(144).scale(5), 8);
+  EXPECT_EQ(window::Dpi(144).scale(-5), -8);
+  EXPECT_EQ(window::Dpi(120).scale(1), 1);
+}
+
+TEST(UiQueue, KeepsEachThreadsOrder) {
+  constexpr int kThreads = 4, kPosts = 500;
+  window::UiQueue queue;
+  std::vector<std::vector<int>> seen(kThreads);
+  int all = 0;
+  {
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+      threads.emplace_back([&, t] {
+        for (int i = 0; i < kPosts; ++i) {
+          queue.post([&, t, i] {
+            seen[static_cast<std::size_t>(t)].push_back(i);
+            ++all;
+          });
+        }
+      });
+    }
+    ASSERT_TRUE(test::pumpUntil([&] { return all == kThreads * kPosts; }));
+  }
+  for (const auto& each : seen) EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
+}
+
+TEST(UiQueue, SurvivesAThrowingTaskAndGoesOnInsideAMessageBox) {
+  window::UiQueue queue;
+  bool ran = false;
+  queue.post([] { throw std::runtime_error("thrown"); });
+  queue.post([&] { MessageBoxW(nullptr, L"modal", L"kestrel test box", MB_OK); });
+  queue.post([&] {
+    ran = true;
+    PostMessageW(FindWindowW(nullptr, L"kestrel test box"), WM_CLOSE, 0, 0);
+  });
+  EXPECT_TRUE(test::pumpUntil([&] { return ran; }));
+}
+
+TEST(UiQueue, DropsWhatComesAfterItsEnd) {
+  window::UiQueue queue;
+  int runs = 0;
+  queue.post([&] { ++runs; });
+  queue.close();
+  queue.post([&] { ++runs; });
+  test::pumpUntil([] { return false; }, std::chrono::milliseconds(50));
+  EXPECT_EQ(runs, 0);
+}
+
+TEST(MenuText, ShowsTitlesAsTheyAre) {
+  struct Case {
+    const char* caption;
+    bool mnemonics;
+    const wchar_t* shown;
+  };
+  const Case cases[] = {
+      {"Drum & Bass", false, L"Drum && Bass"},
+      {"&Quit", true, L"&Quit"},
+      {"Rock & Roll", true, L"Rock && Roll"},
+      {"ends with &", true, L"ends with &&"},
+      {"a\tb\r\nc\bd", false, L"a b  c d"},
+      {"Caf\xC3\xA9", false, L"Caf\u00E9"},
+      {"Caf\xE9", false, L"Caf\u00E9"},  // an old 8-bit list
+      {"", false, L""},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(window::menuText({.caption = each.caption, .mnemonics = each.mnemonics}, 1000),
+              each.shown)
+        << each.caption;
+  }
+}
+
+TEST(MenuText, FitsTheScreenWithoutSplittingACharacter) {
+  std::string notes;
+  for (int i = 0; i < 50'000; ++i) notes += "\xF0\x9F\x8E\xB5";
+  const std::wstring shown = window::menuText({.caption = notes}, 300);
+  ASSERT_LT(shown.size(), 300u);
+  EXPECT_EQ(shown.back(), L'\u2026');
+  EXPECT_TRUE(IS_LOW_SURROGATE(shown[shown.size() - 2]));
+}
+
+TEST(TrayIcon, CutsTheTipBetweenCharacters) {
+  EXPECT_EQ(tray::cutToCodePage("Kestrel", 63), "Kestrel");
+  EXPECT_EQ(tray::cutToCodePage(std::string(100, 'x'), 63), std::string(63, 'x'));
+  ASSERT_EQ(GetACP(), 65001u) << "the manifest's code page";
+  std::string umlauts = "x";
+  for (int i = 0; i < 40; ++i) umlauts += "\xC3\xA4";
+  EXPECT_EQ(tray::cutToCodePage(umlauts, 62), umlauts.substr(0, 61));
+  std::string notes;
+  for (int i = 0; i < 20; ++i) notes += "\xF0\x9F\x8E\xB5";
+  EXPECT_EQ(tray::cutToCodePage(notes, 63), notes.substr(0, 60));
+}
+
+TEST(Resources, PicturesLoadAtEveryDensity) {
+  for (const int picture : {IDP_SPLASH, IDP_PLAY, IDP_STOP, IDP_RECORD_OFF, IDP_RECORD_ON,
+                            IDP_VOLUME, IDP_PIN, IDP_CLOSE, IDP_MENU}) {
+    for (const int dpi : {96, 120, 144, 192, 288}) {
+      const auto bitmap = window::loadPicture(picture, {20, 10}, window::Dpi(dpi));
+      BITMAP shape{};
+      ASSERT_NE(GetObjectW(bitmap.get(), sizeof(shape), &shape), 0) << picture << " at " << dpi;
+      EXPECT_EQ(shape.bmWidth, window::Dpi(dpi).scale(20));
+    }
+  }
+  EXPECT_FALSE(window::loadPicture(9999, {20, 10}, window::Dpi(96)));
+}
+
+TEST(Resources, ManifestAsksForWhatTheProgramRestsOn) {
+  const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(1), RT_MANIFEST);
+  ASSERT_NE(found, nullptr);
+  const std::string_view text(static_cast<const char*>(LockResource(LoadResource(nullptr, found))),
+                              SizeofResource(nullptr, found));
+  for (const char* part : {"PerMonitorV2", "activeCodePage", "Common-Controls", "asInvoker"}) {
+    EXPECT_NE(text.find(part), std::string_view::npos) << part;
+  }
+}
+
+TEST(SingleInstance, OnlyOneIsFirst) {
+  const window::SingleInstance first(L"KestrelTest");
+  EXPECT_TRUE(first.first());
+  EXPECT_FALSE(window::SingleInstance(L"KestrelTest").first());
+}
+
+TEST(KesMessage, HearsOnlyItsOwnCopyData) {
+  int heard = 0;
+  const app::KesMessage window([&] { ++heard; });
+  const HWND found = FindWindowW(nullptr, L"kesziel");
+  ASSERT_EQ(found, window.handle());
+  for (const ULONG_PTR kind : {0, 1, 2}) {
+    COPYDATASTRUCT data{kind, 0, nullptr};
+    SendMessageW(found, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+  }
+  EXPECT_EQ(heard, 1);
+  EXPECT_EQ(SendMessageW(found, WM_GETTEXTLENGTH, 0, 0), 7) << "others go to the former procedure";
+}
+
+TEST(Desktop, KnowsTheFolders) {
+  const std::string appdata = app::specialfolder(26);
+  EXPECT_NE(appdata.find("AppData\\Roaming"), std::string::npos) << appdata;
+  EXPECT_TRUE(app::specialfolder(0x7777).empty());
+  EXPECT_NE(app::programFolder().back(), '\\');
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+#include "window/picture.h"
+
+#include <objbase.h>
+#include <wincodec.h>
+
+#include "window/gdi.h"
+#include "window/window.h"
+
+namespace window {
+namespace {
+
+/// Owns one COM reference.
+template <typename Interface>
+class ComPtr {
+ public:
+  ComPtr() = default;
+  ComPtr(const ComPtr&) = delete;
+  ComPtr& operator=(const ComPtr&) = delete;
+  ~ComPtr() {
+    if (object_ != nullptr) object_->Release();
+  }
+  Interface** out() { return &object_; }
+  Interface* get() const { return object_; }
+  Interface* operator->() const { return object_; }
+
+ private:
+  Interface* object_ = nullptr;
+};
+
+/// COM on this thread, whoever else has it.
+class ComScope {
+ public:
+  ComScope() : mine_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+  ~ComScope() {
+    if (mine_) CoUninitialize();
+  }
+  ComScope(const ComScope&) = delete;
+  ComScope& operator=(const ComScope&) = delete;
+
+ private:
+  bool mine_;
+};
+
+struct Bytes {
+  BYTE* data = nullptr;
+  DWORD size = 0;
+};
+
+Bytes resourceBytes(int resource) {
+  const HRSRC found = FindResourceW(instance(), MAKEINTRESOURCEW(resource), RT_RCDATA);
+  if (found == nullptr) return {};
+  const HGLOBAL loaded = LoadResource(instance(), found);
+  return {static_cast<BYTE*>(LockResource(loaded)), SizeofResource(instance(), found)};
+}
+
+/// Which of the three sizes: never one that would have to grow, if there is a larger.
+int variant(Dpi dpi) {
+  if (dpi.value() <= 96) return 0;
+  return dpi.value() <= 144 ? 1 : 2;
+}
+
+bool decode(const Bytes& bytes, SIZE pixels, BYTE* target, UINT target_bytes) {
+  ComPtr<IWICImagingFactory> factory;
+  if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                              IID_IWICImagingFactory, reinterpret_cast<void**>(factory.out())))) {
+    return false;
+  }
+  ComPtr<IWICStream> stream;
+  ComPtr<IWICBitmapDecoder> decoder;
+  ComPtr<IWICBitmapFrameDecode> frame;
+  ComPtr<IWICFormatConverter> converter;
+  ComPtr<IWICBitmapScaler> scaler;
+  const auto width = static_cast<UINT>(pixels.cx);
+  const auto height = static_cast<UINT>(pixels.cy);
+  return SUCCEEDED(factory->CreateStream(stream.out())) &&
+         SUCCEEDED(stream->InitializeFromMemory(bytes.data, bytes.size)) &&
+         SUCCEEDED(factory->CreateDecoderFromStream(
+             stream.get(), nullptr, WICDecodeMetadataCacheOnDemand, decoder.out())) &&
+         SUCCEEDED(decoder->GetFrame(0, frame.out())) &&
+         SUCCEEDED(factory->CreateFormatConverter(converter.out())) &&
+         SUCCEEDED(converter->Initialize(frame.get(), GUID_WICPixelFormat32bppPBGRA,
+                                         WICBitmapDitherTypeNone, nullptr, 0,
+                                         WICBitmapPaletteTypeCustom)) &&
+         SUCCEEDED(factory->CreateBitmapScaler(scaler.out())) &&
+         SUCCEEDED(
+             scaler->Initialize(converter.get(), width, height, WICBitmapInterpolationModeFant)) &&
+         SUCCEEDED(scaler->CopyPixels(nullptr, width * 4, target_bytes, target));
+}
+
+}  // namespace
+
+UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi) {
+  const SIZE pixels{dpi.scale(units.cx), dpi.scale(units.cy)};
+  const Bytes bytes = resourceBytes(resource + variant(dpi));
+  if (bytes.data == nullptr || pixels.cx <= 0 || pixels.cy <= 0) return {};
+  BITMAPINFO info{};
+  info.bmiHeader = {sizeof(BITMAPINFOHEADER), pixels.cx, -pixels.cy, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  void* bits = nullptr;
+  UniqueBitmap bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+  if (!bitmap) return {};
+  const ComScope com;
+  const auto size = static_cast<UINT>(pixels.cx * pixels.cy * 4);
+  if (!decode(bytes, pixels, static_cast<BYTE*>(bits), size)) return {};
+  return bitmap;
+}
+
+void drawPicture(HDC dc, HBITMAP picture, int x, int y) {
+  BITMAP shape{};
+  if (GetObjectW(picture, sizeof(shape), &shape) == 0) return;
+  const UniqueDc source(CreateCompatibleDC(dc));
+  const SelectScope selected(source.get(), picture);
+  const BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+  AlphaBlend(dc, x, y, shape.bmWidth, shape.bmHeight, source.get(), 0, 0, shape.bmWidth,
+             shape.bmHeight, blend);
+}
+
+}  // namespace window

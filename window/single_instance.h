@@ -1,0 +1,21 @@
+#pragma once
+
+#include "window/unique_handle.h"
+
+namespace window {
+
+/// Tells whether this process is the first of its kind in the user's session, and
+/// keeps that place while it lives.
+class SingleInstance {
+ public:
+  /// `name` without backslashes.
+  explicit SingleInstance(const wchar_t* name);
+
+  [[nodiscard]] bool first() const { return first_; }
+
+ private:
+  UniqueKernel mutex_;
+  bool first_;
+};
+
+}  // namespace window
