@@ -9,8 +9,9 @@
 namespace service {
 namespace {
 
-constexpr std::array<std::pair<std::string_view, Habit>, 23> kNames = {{
+constexpr std::array<std::pair<std::string_view, Habit>, 24> kNames = {{
     {"hang", Habit::hang},
+    {"hold", Habit::hold},
     {"hang-headers", Habit::hang_headers},
     {"hang-body", Habit::hang_body},
     {"slow-drip", Habit::slow_drip},
@@ -88,6 +89,12 @@ std::optional<Asked> askedHabits(std::string_view target) {
 void HabitSwitch::set(const std::string& kind, Habits habits, int count) {
   const std::lock_guard lock(mutex_);
   entries_[kind] = {std::move(habits), count};
+  ++times_[kind];
+}
+
+int HabitSwitch::times(const std::string& kind) {
+  const std::lock_guard lock(mutex_);
+  return times_[kind];
 }
 
 Habits HabitSwitch::take(const std::string& kind) {

@@ -13,6 +13,7 @@ namespace service {
 /// those of habits.cpp's table; "name-N" gives a number along.
 enum class Habit {
   hang,           ///< takes the request and never answers
+  hold,           ///< takes the request and answers when the switch of its kind is next set
   hang_headers,   ///< stops in the middle of the headers
   hang_body,      ///< stops in the body: half of a page, or after N bytes of a stream (20000)
   slow_drip,      ///< sends N bytes a second (pages 20, streams 2000)
@@ -67,6 +68,8 @@ class HabitSwitch {
   void set(const std::string& kind, Habits habits, int count);
   /// Takes one request off the count.
   Habits take(const std::string& kind);
+  /// How often that kind was set.
+  [[nodiscard]] int times(const std::string& kind);
 
  private:
   struct Entry {
@@ -74,6 +77,7 @@ class HabitSwitch {
     int left;
   };
   std::mutex mutex_;
+  std::map<std::string, int> times_;
   std::map<std::string, Entry> entries_;
 };
 

@@ -89,14 +89,18 @@ bool Radio::answer(Socket& socket, const Request& request) {
   const Target target = parseTarget(asked ? asked->target : request.target);
   if (target.path.starts_with("/control"))
     return sendDocument(socket, control(target), {}, request.keepsAlive());
+  // Before the log: who sees the request there may set the switch for the next one.
+  const std::string kind = asked ? kindOf(target) : "";
+  const int times = switch_.times(kind);
+  const Habits habits = asked && asked->habits ? *asked->habits : switch_.take(kind);
   log_.add(request);
   if (!asked)
     return sendDocument(socket, {400, "text/plain", "Habits: " + Habits::known() + "\n", {}}, {},
                         false);
   if (request.method != "GET")
     return sendDocument(socket, {405, "text/html", unrelatedPage("405"), {}}, {}, false);
-  const std::string kind = kindOf(target);
-  const Habits habits = asked->habits ? *asked->habits : switch_.take(kind);
+  while (habits.has(Habit::hold) && switch_.times(kind) == times)
+    if (!socket.pause(Milliseconds(10))) return false;
   if (kind == "stream") {
     if (const Station* station = world_.byMount(mountOf(target.path)))
       return answerStream(socket, *station, request, habits);
