@@ -99,8 +99,9 @@ typedef struct {
 } BASS_CHANNELINFO;
 #define BASS_CHANNELINFO_ROOM 64
 
-/* Downloaded bytes, in order, on the stream's network thread; titles are already
- * taken out. length 0 with a text: a status or header line of the server
+/* Downloaded bytes, in order, on a thread of the stream's own, when the decoder has
+ * passed them; titles are already taken out, and told (BASS_SYNC_META) between the
+ * bytes they stand between. length 0 with a text: a status or header line of the server
  * (BASS_STREAM_STATUS). length 0 without a buffer: end of the download. */
 typedef void(BASS_CALL DOWNLOADPROC)(const void* buffer, BASS_DWORD length, uintptr_t user);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/container_audio.h"
 #include "engine/mpeg_audio.h"
 
 namespace engine {
@@ -22,7 +23,8 @@ bool Codecs::free(uint32_t handle) {
 }
 
 std::vector<Codec> Codecs::all() {
-  std::vector<Codec> codecs{{&kMpegAudio, nullptr}};
+  // Containers first: they begin with a sign of their own, bare frames anywhere.
+  std::vector<Codec> codecs{{&kOggAudio, nullptr}, {&kFlacAudio, nullptr}, {&kMpegAudio, nullptr}};
   const Lock lock(mutex_);
   for (const Loaded& each : loaded_) {
     const kestrel_plugin& plugin = each.library->plugin();

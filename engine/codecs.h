@@ -36,7 +36,7 @@ struct Codec {
   std::shared_ptr<PluginLibrary> library;  ///< null for a built-in one
 };
 
-/// The codecs to be had: the built-in one and those of the plug-ins. Any thread.
+/// The codecs to be had: the built-in ones and those of the plug-ins. Any thread.
 class Codecs {
  public:
   /// A handle, or 0 and the reason.

@@ -8,14 +8,30 @@ namespace engine {
 bool DownloadBuffer::write(std::span<const uint8_t> bytes) {
   const Lock lock(mutex_);
   while (!bytes.empty()) {
-    while (!closed_ && unread() >= capacity_) changed_.wait(mutex_);
+    while (!closed_ && room() == 0) changed_.wait(mutex_);
     if (closed_) return false;
-    const size_t step = std::min(bytes.size(), capacity_ - unread());
+    const size_t step = std::min(bytes.size(), room());
     append(bytes.first(step));
     bytes = bytes.subspan(step);
     changed_.notifyAll();
   }
   return !closed_;
+}
+
+// The listener may lag behind as much again as the decoder: a slow disk is to stop
+// the download only when it does not catch up at all.
+size_t DownloadBuffer::room() const {
+  const uint64_t kept = written_ - taken_;
+  if (kept >= 2 * capacity_) return 0;
+  return std::min(capacity_ - std::min(unread(), capacity_),
+                  static_cast<size_t>(2 * capacity_ - kept));
+}
+
+void DownloadBuffer::markTitle(std::string title, uint64_t position) {
+  const Lock lock(mutex_);
+  if (!marks_.empty()) position = std::max(position, marks_.back().position);
+  marks_.push_back({position, std::move(title)});
+  changed_.notifyAll();
 }
 
 void DownloadBuffer::append(std::span<const uint8_t> bytes) {
@@ -47,16 +63,17 @@ int DownloadBuffer::read(uint8_t* to, size_t room) {
   const Lock lock(mutex_);
   while (!closed_ && !finished_ && unread() == 0) changed_.wait(mutex_);
   if (closed_) return -1;
-  const size_t count = copyOut(to, std::min(room, unread()));
-  drop(count);
+  const size_t count = std::min(room, unread());
+  copyOut(consumed_, to, count);
+  consumed_ += count;
   changed_.notifyAll();
   return static_cast<int>(count);
 }
 
-std::vector<uint8_t> DownloadBuffer::peek() {
+std::vector<uint8_t> DownloadBuffer::peek(size_t most) {
   const Lock lock(mutex_);
-  std::vector<uint8_t> head(unread());
-  copyOut(head.data(), head.size());
+  std::vector<uint8_t> head(std::min(unread(), most));
+  copyOut(consumed_, head.data(), head.size());
   return head;
 }
 
@@ -78,21 +95,47 @@ DownloadBuffer::Level DownloadBuffer::level() {
   return {written_, consumed_, finished_, closed_};
 }
 
-size_t DownloadBuffer::copyOut(uint8_t* to, size_t room) const {
-  size_t done = 0;
-  size_t at = consumed_ % kBlock;
-  for (auto block = blocks_.begin(); done < room; ++block, at = 0) {
-    const size_t step = std::min(room - done, kBlock - at);
-    std::memcpy(to + done, block->get() + at, step);
-    done += step;
-  }
-  return done;
+bool DownloadBuffer::titlePassed() const {
+  return !marks_.empty() && (marks_.front().position <= taken_);
 }
 
-void DownloadBuffer::drop(size_t count) {
-  const uint64_t first = consumed_ / kBlock;
-  consumed_ += count;
-  for (uint64_t left = consumed_ / kBlock - first; left != 0; --left) {
+bool DownloadBuffer::take(Passed& passed) {
+  passed.bytes.clear();
+  passed.title.reset();
+  const Lock lock(mutex_);
+  const auto done = [this]() REQUIRES(mutex_) {
+    return finished_ && taken_ == written_ && marks_.empty();
+  };
+  while (!closed_ && !done() && !titlePassed() && taken_ == consumed_) changed_.wait(mutex_);
+  if (closed_) return false;
+  if (titlePassed()) {
+    passed.title = std::move(marks_.front().title);
+    marks_.pop_front();
+    return true;
+  }
+  if (done()) return false;
+  uint64_t end = std::min(consumed_, taken_ + kBlock);
+  if (!marks_.empty()) end = std::min(end, marks_.front().position);
+  passed.bytes.resize(static_cast<size_t>(end - taken_));
+  copyOut(taken_, passed.bytes.data(), passed.bytes.size());
+  taken_ = end;
+  dropTaken();
+  changed_.notifyAll();
+  return true;
+}
+
+void DownloadBuffer::copyOut(uint64_t from, uint8_t* to, size_t count) const {
+  size_t block = static_cast<size_t>(from / kBlock - first_block_);
+  size_t at = from % kBlock;
+  for (size_t done = 0; done < count; ++block, at = 0) {
+    const size_t step = std::min(count - done, kBlock - at);
+    std::memcpy(to + done, blocks_[block].get() + at, step);
+    done += step;
+  }
+}
+
+void DownloadBuffer::dropTaken() {
+  for (; first_block_ < taken_ / kBlock; ++first_block_) {
     spare_ = std::move(blocks_.front());
     blocks_.pop_front();
   }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/title.h"
+
 namespace engine {
 namespace {
 
@@ -13,13 +15,12 @@ constexpr unsigned kSmallestCushion = 100;
 
 }  // namespace
 
-Downloader::Downloader(Url url, Listener listener, const Interrupt& interrupt,
-                       DownloadBuffer& buffer, TitleSink title)
+Downloader::Downloader(Url url, const Interrupt& interrupt, DownloadBuffer& buffer,
+                       StatusSink status)
     : url_(std::move(url)),
-      listener_(listener),
       interrupt_(interrupt),
       buffer_(buffer),
-      title_(std::move(title)),
+      status_(std::move(status)),
       thread_([this] { run(); }) {}
 
 Downloader::~Downloader() {
@@ -42,18 +43,11 @@ void Downloader::setCushion(std::function<unsigned()> milliseconds) {
   cushion_ = std::move(milliseconds);
 }
 
-void Downloader::tell(const void* bytes, size_t length) const {
-  if (listener_.proc == nullptr || interrupt_.isSet()) return;
-  listener_.proc(bytes, static_cast<BASS_DWORD>(length), listener_.user);
-}
-
 void Downloader::run() {
   id_ = std::this_thread::get_id();
   OpenedSource opened;
   try {
-    opened = openSource(url_, interrupt_, [this](const std::string& text) {
-      if (listener_.wants_status) tell(text.c_str(), 0);
-    });
+    opened = openSource(url_, interrupt_, status_);
   } catch (const std::exception&) {
     opened.error = NetError::failed;
   }
@@ -70,7 +64,6 @@ void Downloader::run() {
   } catch (const std::exception&) {
     // Out of memory: what has been downloaded still plays.
   }
-  tell(nullptr, 0);
   buffer_.finish();
 }
 
@@ -78,13 +71,17 @@ void Downloader::download(ByteSource& source) {
   const auto bytes = std::make_unique<uint8_t[]>(kReadSize);
   IcyReader reader(head_.number("icy-metaint").value_or(0));
   bool open = true;
+  uint64_t position = buffer_.level().written;
   const auto sound = [&](const uint8_t* piece, size_t length) {
-    if (!open) return;
-    tell(piece, length);
-    open = buffer_.write({piece, length});
+    open = open && buffer_.write({piece, length});
+    position += length;
   };
-  const auto title = [&](const std::string& text) {
-    if (open && !interrupt_.isSet()) title_(text);
+  // The title at the first opportunity is that of the sound before it.
+  const uint64_t first_title_end = position + reader.interval();
+  const auto title = [&](const std::string& block) {
+    auto tag = titleTag(block);
+    const bool first = position == first_title_end;
+    if (tag) buffer_.markTitle(std::move(*tag), first ? position - reader.interval() : position);
   };
   while (open) {
     size_t got = 0;

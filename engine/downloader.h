@@ -5,27 +5,18 @@
 #include <string>
 #include <thread>
 
-#include "engine/bass.h"
 #include "engine/byte_source.h"
 #include "engine/download_buffer.h"
 
 namespace engine {
 
-/// The first half of a stream: asks the server, takes out the titles, hands the
-/// sound's bytes to the listener and the buffer, on a thread of its own.
+/// The first half of a stream: asks the server, takes out the titles, puts both
+/// them and the sound's bytes into the buffer, on a thread of its own.
 class Downloader {
  public:
-  struct Listener {
-    DOWNLOADPROC* proc = nullptr;  ///< may be null
-    uintptr_t user = 0;
-    bool wants_status = false;
-  };
-  using TitleSink = std::function<void(const std::string& text)>;
-
-  /// `interrupt` and `buffer` belong to the stream and outlive this. `title` is
-  /// called on the thread, at the title's place among the listener's bytes.
-  Downloader(Url url, Listener listener, const Interrupt& interrupt, DownloadBuffer& buffer,
-             TitleSink title);
+  /// `interrupt` and `buffer` belong to the stream and outlive this. `status` is
+  /// called on the thread.
+  Downloader(Url url, const Interrupt& interrupt, DownloadBuffer& buffer, StatusSink status);
   /// Joins.
   ~Downloader();
   Downloader(const Downloader&) = delete;
@@ -48,13 +39,11 @@ class Downloader {
   void run();
   void download(ByteSource& source);
   void nap();
-  void tell(const void* bytes, size_t length) const;
 
   const Url url_;
-  const Listener listener_;
   const Interrupt& interrupt_;
   DownloadBuffer& buffer_;
-  const TitleSink title_;
+  const StatusSink status_;
 
   Mutex mutex_;
   Condition changed_;

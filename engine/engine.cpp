@@ -54,7 +54,7 @@ bool Engine::setConfig(BASS_DWORD option, BASS_DWORD value, BASS_DWORD& previous
   }
 }
 
-int Engine::createStream(const char* url, Downloader::Listener listener, HSTREAM& handle) {
+int Engine::createStream(const char* url, Listener listener, HSTREAM& handle) {
   releaseLeftOver();
   const auto parsed = parseUrl(url);
   if (!parsed) return BASS_ERROR_ILLPARAM;

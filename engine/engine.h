@@ -25,7 +25,7 @@ class Engine {
   bool setConfig(BASS_DWORD option, BASS_DWORD value, BASS_DWORD& previous);
   Codecs& codecs() { return codecs_; }
 
-  int createStream(const char* url, Downloader::Listener listener, HSTREAM& handle);
+  int createStream(const char* url, Listener listener, HSTREAM& handle);
   int freeStream(HSTREAM handle);
   /// An unknown handle ends the opening of streams that have none yet.
   int stopStream(HSTREAM handle);

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "engine/frame_sound.h"
+
 namespace engine {
 namespace {
 
@@ -32,7 +34,7 @@ FrameDecoder* FrameDecoder::make(AVCodecID codec, const kestrel_input& input) {
 int FrameDecoder::decode(kestrel_sound* sound) {
   for (;;) {
     if (avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
-      if (takeFrame(sound)) return 1;
+      if (takeFrame(*frame_, interleaved_, sound)) return 1;
     } else if (!nextPacket()) {
       return 0;
     } else {
@@ -56,23 +58,6 @@ bool FrameDecoder::nextPacket() {
                             bytes_.data() + at_, end_ - at_, AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
     if (packet_->size != 0) return true;
   }
-}
-
-bool FrameDecoder::takeFrame(kestrel_sound* sound) {
-  const int channels = frame_->ch_layout.nb_channels;
-  const int frames = frame_->nb_samples;
-  if (frame_->format != AV_SAMPLE_FMT_FLTP || channels <= 0 || frames <= 0 ||
-      frame_->sample_rate <= 0) {
-    return false;
-  }
-  interleaved_.resize(static_cast<size_t>(frames) * static_cast<size_t>(channels));
-  for (int channel = 0; channel < channels; ++channel) {
-    const float* from = reinterpret_cast<const float*>(frame_->extended_data[channel]);
-    float* to = interleaved_.data() + channel;
-    for (int i = 0; i < frames; ++i, to += channels) *to = from[i];
-  }
-  *sound = {interleaved_.data(), frames, channels, frame_->sample_rate};
-  return true;
 }
 
 int decodeFrames(void* decoder, kestrel_sound* sound) noexcept {

@@ -1,12 +1,8 @@
 #pragma once
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-}
-
-#include <memory>
 #include <vector>
 
+#include "engine/codec_objects.h"
 #include "engine/plugin.h"
 
 namespace engine {
@@ -27,20 +23,12 @@ class FrameDecoder {
  private:
   explicit FrameDecoder(const kestrel_input& input) : input_(input) {}
   bool nextPacket();
-  bool takeFrame(kestrel_sound* sound);
-
-  struct Free {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-    void operator()(AVCodecParserContext* parser) const { av_parser_close(parser); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-  };
 
   kestrel_input input_;
-  std::unique_ptr<AVCodecContext, Free> context_;
-  std::unique_ptr<AVCodecParserContext, Free> parser_;
-  std::unique_ptr<AVPacket, Free> packet_;
-  std::unique_ptr<AVFrame, Free> frame_;
+  Owned<AVCodecContext> context_;
+  Owned<AVCodecParserContext> parser_;
+  Owned<AVPacket> packet_;
+  Owned<AVFrame> frame_;
   std::vector<uint8_t> bytes_;  ///< read from the input, padded as the parser wants it
   int at_ = 0;                  ///< the parser's place in them
   int end_ = 0;

@@ -1,6 +1,7 @@
 #include "engine/frame_headers.h"
 
 #include "engine/bass.h"
+#include "engine/id3.h"
 
 namespace engine {
 namespace {
@@ -26,14 +27,6 @@ constexpr uint32_t kAdtsRates[13] = {96000, 88200, 64000, 48000, 44100, 32000, 2
 uint32_t samplesPerFrame(uint32_t layer_index, bool version1) {
   if (layer_index == 0) return 384;
   return layer_index == 2 && !version1 ? 576 : 1152;
-}
-
-// Length of an ID3v2 tag at the start, 0 without one.
-size_t id3Length(std::span<const uint8_t> head) {
-  if (head.size() < 10 || head[0] != 'I' || head[1] != 'D' || head[2] != '3') return 0;
-  size_t length = 0;
-  for (size_t i = 6; i < 10; ++i) length = length << 7 | (head[i] & 0x7fu);
-  return length + 10;
 }
 
 }  // namespace

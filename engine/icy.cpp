@@ -131,11 +131,10 @@ void IcyReader::feed(const uint8_t* bytes, size_t length, const Sound& sound, co
 
 void IcyReader::endBlock(const Sound& sound, const Title& title) {
   left_ = interval_;
-  std::string text(block_.begin() + 1, block_.end());
-  text.resize(std::min(text.size(), text.find('\0')));
+  const std::string text(block_.begin() + 1, block_.end());
   if (isTitleText(text)) {
-    title(std::move(text));
-  } else if (!text.empty()) {
+    title(text);
+  } else if (!text.empty() && text.front() != '\0') {
     sound(block_.data(), block_.size());
   }
   block_.clear();

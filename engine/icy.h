@@ -36,13 +36,15 @@ std::optional<ResponseHead> parseHead(std::string_view text);
 class IcyReader {
  public:
   using Sound = std::function<void(const uint8_t* bytes, size_t length)>;
-  using Title = std::function<void(std::string text)>;
+  using Title = std::function<void(const std::string& block)>;
 
   /// interval 0: a stream without titles.
   explicit IcyReader(uint32_t interval) : interval_(interval), left_(interval) {}
 
-  /// Hands on sound and titles in the stream's order. A title block that is no
-  /// "name=…" text is sound (a server that lies about its interval).
+  uint32_t interval() const { return interval_; }
+  /// Hands on sound and title blocks (with the zeros behind their text) in the
+  /// stream's order. A block that is no "name=…" text is sound (a server that lies
+  /// about its interval).
   void feed(const uint8_t* bytes, size_t length, const Sound& sound, const Title& title);
 
  private:

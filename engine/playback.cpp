@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/decoding.h"
 #include "engine/resampler.h"
 
 namespace engine {
@@ -11,26 +12,6 @@ constexpr auto kDeviceRetry = std::chrono::milliseconds(1000);
 // After a gap this much is gathered first, doubled with every further gap.
 constexpr unsigned kFirstCushion = 500;
 constexpr unsigned kLargestCushion = 4000;
-
-/// A decoder while it lives.
-class Decoder {
- public:
-  Decoder(Codec codec, const kestrel_input& input)
-      : codec_(std::move(codec)), decoder_(codec_.functions->open(&input)) {}
-  ~Decoder() {
-    if (decoder_ != nullptr) codec_.functions->close(decoder_);
-  }
-  Decoder(const Decoder&) = delete;
-  Decoder& operator=(const Decoder&) = delete;
-
-  bool decode(kestrel_sound* sound) {
-    return decoder_ != nullptr && codec_.functions->decode(decoder_, sound) == 1;
-  }
-
- private:
-  Codec codec_;
-  void* decoder_;
-};
 
 }  // namespace
 
@@ -47,10 +28,11 @@ void Playback::join() {
   if (thread_.joinable()) thread_.join();
 }
 
-void Playback::play(Codec codec, uint32_t bitrate) {
+void Playback::play(Codec codec, std::vector<Codec> all, uint32_t bitrate) {
   const Lock lock(mutex_);
   if (codec_.functions != nullptr) return;
   codec_ = std::move(codec);
+  codecs_ = std::move(all);
   bytes_per_second_ = bitrate / 8;
   changed_.notifyAll();
 }
@@ -78,19 +60,19 @@ void Playback::playSound() {
   reached_gain_ = gain_.load(std::memory_order_relaxed);
   cushion_milliseconds_ = kFirstCushion;
 
-  const kestrel_input input = {this, [](void* self, uint8_t* to, int room) {
-                                 return static_cast<Playback*>(self)->feed(to, room);
-                               }};
   Codec codec;
+  std::vector<Codec> all;
   {
     const Lock lock(mutex_);
     codec = codec_;
+    all = codecs_;
   }
-  Decoder decoder(std::move(codec), input);
+  Decoding decoding(codec, std::move(all), buffer_,
+                    [this](uint8_t* to, int room) { return feed(to, room); });
   std::unique_ptr<Resampler> resampler;
   unsigned made_for = 0;
   kestrel_sound sound;
-  while (!interrupt_.isSet() && decoder.decode(&sound)) {
+  while (!interrupt_.isSet() && decoding.decode(&sound)) {
     if (!output_ && !openOutput()) {
       if (interrupt_.wait(kDeviceRetry)) break;
       continue;

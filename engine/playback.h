@@ -22,8 +22,9 @@ class Playback {
   Playback(const Playback&) = delete;
   Playback& operator=(const Playback&) = delete;
 
-  /// Starts the sound of a stream of that codec, once. `bitrate` in bit/s.
-  void play(Codec codec, uint32_t bitrate);
+  /// Starts the sound of a stream that begins with that codec, once; it may change to
+  /// another of `all`. `bitrate` in bit/s.
+  void play(Codec codec, std::vector<Codec> all, uint32_t bitrate);
   /// 0 to 1; taken over within the next piece of sound.
   void setGain(float gain) { gain_.store(gain, std::memory_order_relaxed); }
   /// Ends the wait for play().
@@ -53,6 +54,7 @@ class Playback {
   Mutex mutex_;
   Condition changed_;
   Codec codec_ GUARDED_BY(mutex_);
+  std::vector<Codec> codecs_ GUARDED_BY(mutex_);
   bool cancelled_ GUARDED_BY(mutex_) = false;
 
   // The thread's own.

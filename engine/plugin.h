@@ -11,7 +11,7 @@ extern "C" {
 #endif
 
 /* Raised with every change of this file. */
-#define KESTREL_PLUGIN_VERSION 1u
+#define KESTREL_PLUGIN_VERSION 2u
 
 /* The stream's bytes, without titles. read blocks until there are some: the
  * number copied (at most `room`), 0 at the end, negative when the stream is being
@@ -19,6 +19,9 @@ extern "C" {
 typedef struct {
   void* context;
   int (*read)(void* context, uint8_t* to, int room);
+  /* Tells the title of the sound that follows ("artist - title", UTF-8): for codecs
+   * that carry titles themselves. */
+  void (*title)(void* context, const char* text);
 } kestrel_input;
 
 /* What a recogniser saw. */

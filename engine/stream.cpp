@@ -38,11 +38,13 @@ int bassError(NetError error) {
 
 }  // namespace
 
-Stream::Stream(const Url& url, Downloader::Listener listener, OutputFactory& outputs)
+Stream::Stream(const Url& url, Listener listener, OutputFactory& outputs)
     : buffer_(kCapacity),
       playback_(outputs, interrupt_, buffer_),
-      downloader_(url, listener, interrupt_, buffer_,
-                  [this](const std::string& text) { takeTitle(text); }) {}
+      delivery_(listener, interrupt_, buffer_,
+                [this](const std::string& text) { takeTitle(text); }),
+      downloader_(url, interrupt_, buffer_,
+                  [this](const std::string& text) { delivery_.tellStatus(text); }) {}
 
 Stream::~Stream() {
   stop();
@@ -57,6 +59,7 @@ void Stream::stop() {
 void Stream::close() {
   stop();
   downloader_.join();
+  delivery_.join();
   playback_.join();
 }
 
@@ -66,6 +69,7 @@ int Stream::open(const std::vector<Codec>& codecs) {
   if (error != NetError::none) return bassError(error);
   icy_tags_ = downloader_.head().icyTags();
   if (const int code = recognise(codecs); code != BASS_OK) return code;
+  codecs_ = codecs;
   bitrate_ = likelyBitrate();
   downloader_.setCushion([this] { return cushionMilliseconds(); });
   buffer_.waitFilled(reportedSize(), Clock::now() + kBurstTime);
@@ -85,7 +89,7 @@ int Stream::recognise(const std::vector<Codec>& codecs) {
 }
 
 bool Stream::matchCodec(const std::vector<Codec>& codecs, bool& undecided) {
-  const std::vector<uint8_t> head = buffer_.peek();
+  const std::vector<uint8_t> head = buffer_.peek(buffer_.capacity());
   for (const Codec& codec : codecs) {
     const int match =
         codec.functions->recognise(head.data(), static_cast<int>(head.size()), &format_);
@@ -101,8 +105,9 @@ bool Stream::matchCodec(const std::vector<Codec>& codecs, bool& undecided) {
 // Measured over a few frames; a server that says more is believed up to twice that,
 // since a quiet beginning makes small frames.
 uint32_t Stream::likelyBitrate() const {
-  const uint32_t measured = format_.bitrate != 0 ? format_.bitrate : kUnknownBitrate;
   const uint64_t told = uint64_t{downloader_.head().number("icy-br").value_or(0)} * 1000;
+  if (format_.bitrate == 0 && told >= 8000 && told <= 2'000'000) return static_cast<uint32_t>(told);
+  const uint32_t measured = format_.bitrate != 0 ? format_.bitrate : kUnknownBitrate;
   return static_cast<uint32_t>(std::clamp<uint64_t>(told, measured, uint64_t{2} * measured));
 }
 
@@ -121,7 +126,7 @@ void Stream::prebuffer(unsigned percent) {
 
 int Stream::play() {
   if (interrupt_.isSet()) return BASS_ERROR_NOPLAY;
-  playback_.play(codec_, bitrate_);
+  playback_.play(codec_, codecs_, bitrate_);
   return BASS_OK;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "engine/delivery.h"
 #include "engine/downloader.h"
 #include "engine/playback.h"
 
@@ -13,7 +14,7 @@ namespace engine {
 /// thread; those that return int give a code of bass.h.
 class Stream {
  public:
-  Stream(const Url& url, Downloader::Listener listener, OutputFactory& outputs);
+  Stream(const Url& url, Listener listener, OutputFactory& outputs);
   ~Stream();
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
@@ -28,7 +29,7 @@ class Stream {
   /// stop(), and waits until no callback can run any more; not from a callback.
   void close();
   /// True in one of this stream's callbacks.
-  bool isOwnThread() const { return downloader_.isOwnThread(); }
+  bool isOwnThread() const { return downloader_.isOwnThread() || delivery_.isOwnThread(); }
 
   int play();
   void setGain(float gain) { playback_.setGain(gain); }
@@ -60,6 +61,7 @@ class Stream {
 
   // Set by open() before anyone else knows the stream.
   Codec codec_;
+  std::vector<Codec> codecs_;
   kestrel_format format_ = {};
   uint32_t bitrate_ = 0;  ///< bit/s
   std::string icy_tags_;
@@ -70,8 +72,10 @@ class Stream {
   std::list<std::string> handed_out_ GUARDED_BY(title_mutex_);
   TitleSync sync_ GUARDED_BY(title_mutex_);
 
+  // Last: their threads use the rest.
   Playback playback_;
-  Downloader downloader_;  // last: its thread uses the rest
+  Delivery delivery_;
+  Downloader downloader_;
 };
 
 }  // namespace engine

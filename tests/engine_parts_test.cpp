@@ -61,7 +61,7 @@ std::string readAll(uint32_t interval, const std::string& stream, size_t step) {
         [&](const uint8_t* bytes, size_t n) {
           all.append(reinterpret_cast<const char*>(bytes), n);
         },
-        [&](const std::string& text) { all += "[" + text + "]"; });
+        [&](const std::string& block) { all += "[" + block.substr(0, block.find('\0')) + "]"; });
   }
   return all;
 }
@@ -151,6 +151,15 @@ TEST(FrameHeader, GivesLengthAndRateOfRealFrames) {
   EXPECT_EQ(371u, aac->length);
 }
 
+// All that the listener takes as one text: bytes as they are, titles in brackets.
+void takeAll(DownloadBuffer& buffer, std::string& all) {
+  DownloadBuffer::Passed passed;
+  while (buffer.take(passed)) {
+    all.append(passed.bytes.begin(), passed.bytes.end());
+    if (passed.title) all += "[" + *passed.title + "]";
+  }
+}
+
 TEST(DownloadBuffer, KeepsBytesInOrderBetweenTwoThreads) {
   DownloadBuffer buffer(40'000);
   constexpr size_t kAll = 1'000'000;
@@ -163,6 +172,8 @@ TEST(DownloadBuffer, KeepsBytesInOrderBetweenTwoThreads) {
     }
     buffer.finish();
   });
+  std::string heard;
+  std::thread listener([&] { takeAll(buffer, heard); });
   std::vector<uint8_t> some(5003);
   size_t total = 0;
   size_t wrong = 0;
@@ -170,8 +181,55 @@ TEST(DownloadBuffer, KeepsBytesInOrderBetweenTwoThreads) {
     for (int i = 0; i < got; ++i) wrong += some[static_cast<size_t>(i)] != total++ % 251;
   }
   writer.join();
+  listener.join();
   EXPECT_EQ(kAll, total);
+  EXPECT_EQ(kAll, heard.size());
   EXPECT_EQ(0u, wrong);
+}
+
+TEST(DownloadBuffer, TellsTitlesWhereTheReaderPassesThem) {
+  DownloadBuffer buffer(100'000);
+  std::string heard;
+  std::thread listener([&] { takeAll(buffer, heard); });
+  std::string expected;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string piece(static_cast<size_t>(i % 97), static_cast<char>('a' + i % 26));
+    const std::string title = std::to_string(i);
+    buffer.markTitle(title, buffer.level().written);
+    EXPECT_TRUE(buffer.write({reinterpret_cast<const uint8_t*>(piece.data()), piece.size()}));
+    expected.append("[").append(title).append("]").append(piece);
+    uint8_t some[61];
+    if (buffer.level().unread() > 90'000) buffer.read(some, sizeof some);
+  }
+  buffer.finish();
+  uint8_t some[61];
+  while (buffer.read(some, sizeof some) > 0) continue;
+  listener.join();
+  EXPECT_EQ(expected, heard);
+}
+
+TEST(DownloadBuffer, KeepsUnsoundedBytesAndTitlesFromTheListener) {
+  DownloadBuffer buffer(1000);
+  buffer.markTitle("early", 0);
+  EXPECT_TRUE(buffer.write(std::vector<uint8_t>(100)));
+  buffer.markTitle("late", 50);
+  uint8_t some[60];
+  DownloadBuffer::Passed passed;
+  ASSERT_TRUE(buffer.take(passed));
+  EXPECT_EQ("early", passed.title);
+  EXPECT_EQ(40, buffer.read(some, 40));
+  ASSERT_TRUE(buffer.take(passed));
+  EXPECT_EQ(40u, passed.bytes.size());
+  EXPECT_FALSE(passed.title);
+  buffer.finish();
+  EXPECT_EQ(60, buffer.read(some, 60));
+  ASSERT_TRUE(buffer.take(passed));
+  EXPECT_EQ(10u, passed.bytes.size());
+  ASSERT_TRUE(buffer.take(passed));
+  EXPECT_EQ("late", passed.title);
+  ASSERT_TRUE(buffer.take(passed));
+  EXPECT_EQ(50u, passed.bytes.size());
+  EXPECT_FALSE(buffer.take(passed));
 }
 
 TEST(DownloadBuffer, LetsEveryoneGoWhenClosed) {

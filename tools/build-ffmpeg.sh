@@ -26,10 +26,11 @@ configuration=(
   --enable-cross-compile --target-os=mingw32 --arch="$arch"
   --cross-prefix="$cross-" --cc="$cross-gcc-posix" --pkg-config=false
   --disable-everything --disable-autodetect --disable-programs --disable-doc --disable-debug
-  --disable-network --disable-avdevice --disable-avfilter --disable-avformat
+  --disable-network --disable-avdevice --disable-avfilter
   --disable-swscale --disable-postproc --enable-w32threads --enable-swresample
-  --enable-decoder=mp3float,aac
-  --enable-parser=mpegaudio,aac
+  --enable-decoder=mp3float,aac,vorbis,opus,flac
+  --enable-parser=mpegaudio,aac,flac
+  --enable-demuxer=ogg,flac,mpegts,mov
   # Not -fdata-sections: its zeroed tables would lie in the file.
   --extra-cflags=-ffunction-sections
 )

@@ -7,6 +7,7 @@
 
 #include "engine/frame_headers.h"
 #include "engine/icy.h"
+#include "engine/title.h"
 #include "engine/url.h"
 
 namespace {
@@ -31,9 +32,9 @@ Heard readAll(uint32_t interval, const uint8_t* data, size_t size, size_t step) 
     reader.feed(
         data + at, std::min(step, size - at),
         [&](const uint8_t* bytes, size_t length) { heard.sound.append(bytes, bytes + length); },
-        [&](const std::string& text) {
-          require(!text.empty() && text.find('\0') == text.npos);
-          heard.titles += std::to_string(heard.sound.size()) + text + '\n';
+        [&](const std::string& block) {
+          require(!block.empty());
+          heard.titles += std::to_string(heard.sound.size()) + block + '\n';
         });
   }
   require(heard.sound.size() <= size);
@@ -51,6 +52,18 @@ void checkHead(std::string_view text) {
   require(tags.empty() || tags.ends_with(std::string_view("\0\0", 2)));
   const auto interval = head->number("icy-metaint");
   require(!interval || *interval <= 999'999'999);
+}
+
+// The player shows all up to one before the first semicolon: that must be the quote
+// behind the title.
+void checkTitle(std::string_view block) {
+  const auto tag = engine::titleTag(block);
+  if (!tag) return;
+  require(tag->starts_with("StreamTitle='") && isPlain(*tag));
+  const size_t semicolon = tag->find(';');
+  require(semicolon != tag->npos && semicolon > 13 && (*tag)[semicolon - 1] == '\'');
+  const std::string bare = engine::titleTagOf(block);
+  require(bare.find(';') == bare.size() - 1);
 }
 
 void checkUrl(std::string_view text) {
@@ -74,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint32_t interval = data[0] % 32;
   require(readAll(interval, data + 1, size - 1, 1) == readAll(interval, data + 1, size - 1, size));
   checkHead(text);
+  checkTitle(text);
   checkUrl(text);
   kestrel_format format = {};
   for (const auto header : {engine::mpegAudioHeader, engine::adtsHeader}) {
