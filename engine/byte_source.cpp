@@ -11,21 +11,34 @@ std::string headTexts(const ResponseHead& head) {
   return texts;
 }
 
+bool beginsAt(const ResponseHead& head, uint64_t from) {
+  return head.status == 206 &&
+         head.value("content-range").starts_with("bytes " + std::to_string(from) + "-");
+}
+
+// Not the same as refusing: a station that is full or has no source now may have
+// one soon. Radio servers of the ICY kind use their numbers for anything.
+bool isFinal(const ResponseHead& head) {
+  return (head.status == 404 || head.status == 410) && head.status_line.starts_with("HTTP/");
+}
+
 bool isRedirect(int status) {
   return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
 }  // namespace
 
-OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status) {
+OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                        uint64_t from) {
   Url next = url;
   for (int hop = 0; hop <= kMostRedirects; ++hop) {
     const auto open = next.secure ? openHttps : openHttp;
-    OpenedSource opened = open(next, interrupt, status);
+    OpenedSource opened = open(next, interrupt, status, from);
     if (!opened.source) return opened;
     const ResponseHead& head = opened.source->head();
     status(headTexts(head));
-    if (head.status == 200) return opened;
+    if (head.status == 200 || (from != 0 && beginsAt(head, from))) return opened;
+    if (isFinal(head)) return {nullptr, NetError::gone};
     if (!isRedirect(head.status)) break;
     const auto target = resolveRedirect(next, head.value("location"));
     if (!target) break;

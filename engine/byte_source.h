@@ -28,13 +28,17 @@ struct OpenedSource {
 /// a zero; an answer's head is a row of such texts with an empty one at its end.
 using StatusSink = std::function<void(const std::string& text)>;
 
-/// Asks the server for the stream, following at most 10 redirects.
-OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+/// Asks the server for the stream from byte `from` on, following at most 10
+/// redirects. Without status 206 in the answer, the stream begins at its beginning.
+OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                        uint64_t from = 0);
 
 /// One answer over a plain connection.
-OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                      uint64_t from);
 /// One answer over TLS, from a server whose certificate the system trusts. There is
 /// none natively.
-OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status);
+OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                       uint64_t from);
 
 }  // namespace engine

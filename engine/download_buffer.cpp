@@ -53,6 +53,11 @@ void DownloadBuffer::finish() {
   changed_.notifyAll();
 }
 
+void DownloadBuffer::resume() {
+  const Lock lock(mutex_);
+  finished_ = false;
+}
+
 void DownloadBuffer::close() {
   const Lock lock(mutex_);
   closed_ = true;

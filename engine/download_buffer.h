@@ -28,8 +28,9 @@ class DownloadBuffer {
   /// A title that counts from there on, in bytes since the start. The places of
   /// titles rise; one that has been passed already is taken at once.
   void markTitle(std::string title, uint64_t position);
-  /// No more will be written.
+  /// No more will be written, unless it goes on after all.
   void finish();
+  void resume();
   /// Ends all waits, now and later.
   void close();
 

@@ -38,38 +38,52 @@ NetError Downloader::waitForAnswer() {
   return error_;
 }
 
-void Downloader::setCushion(std::function<unsigned()> milliseconds) {
+void Downloader::accept(std::function<unsigned()> cushion) {
   const Lock lock(mutex_);
-  cushion_ = std::move(milliseconds);
+  cushion_ = std::move(cushion);
+  buffer_.resume();
+  changed_.notifyAll();
+}
+
+void Downloader::cancel() {
+  const Lock lock(mutex_);
+  cancelled_ = true;
+  changed_.notifyAll();
+}
+
+// Whoever recognises the format is not kept waiting for more meanwhile.
+bool Downloader::isAccepted() {
+  const Lock lock(mutex_);
+  if (!cushion_) buffer_.finish();
+  while (!cushion_ && !cancelled_) changed_.wait(mutex_);
+  return !cancelled_;
 }
 
 void Downloader::run() {
   id_ = std::this_thread::get_id();
-  OpenedSource opened;
-  try {
-    opened = openSource(url_, interrupt_, status_);
-  } catch (const std::exception&) {
-    opened.error = NetError::failed;
-  }
-  if (opened.source) head_ = opened.source->head();
+  Connection connection(url_, interrupt_, status_);
+  const NetError error = connection.open();
+  if (error == NetError::none) head_ = connection.head();
   {
     const Lock lock(mutex_);
     answered_ = true;
-    error_ = opened.error;
+    error_ = error;
     changed_.notifyAll();
   }
-  if (!opened.source) return;
-  try {
-    download(*opened.source);
-  } catch (const std::exception&) {
-    // Out of memory: what has been downloaded still plays.
-  }
+  if (error != NetError::none) return;
+  do {
+    try {
+      download(connection);
+    } catch (const std::exception&) {
+      // Out of memory: the next connection may fare better.
+    }
+  } while (!connection.isComplete() && isAccepted() && connection.openAgain());
   buffer_.finish();
 }
 
-void Downloader::download(ByteSource& source) {
+void Downloader::download(Connection& connection) {
   const auto bytes = std::make_unique<uint8_t[]>(kReadSize);
-  IcyReader reader(head_.number("icy-metaint").value_or(0));
+  IcyReader reader(connection.head().number("icy-metaint").value_or(0));
   bool open = true;
   uint64_t position = buffer_.level().written;
   const auto sound = [&](const uint8_t* piece, size_t length) {
@@ -85,7 +99,7 @@ void Downloader::download(ByteSource& source) {
   };
   while (open) {
     size_t got = 0;
-    if (source.read(bytes.get(), kReadSize, got) != NetError::none || got == 0) return;
+    if (connection.read(bytes.get(), kReadSize, got) != NetError::none || got == 0) return;
     reader.feed(bytes.get(), got, sound, title);
     if (got < kReadSize) nap();
   }

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-#include "engine/byte_source.h"
+#include "engine/connection.h"
 #include "engine/download_buffer.h"
 
 namespace engine {
@@ -26,18 +26,22 @@ class Downloader {
   NetError waitForAnswer();
   const ResponseHead& head() const { return head_; }
 
-  /// How long the sound lasts without further bytes; tells the thread how seldom it
-  /// may look for more.
-  void setCushion(std::function<unsigned()> milliseconds);
+  /// The stream can be played: from now on a lost connection is made again. Before
+  /// that it ends the stream. `cushion` gives how many milliseconds the sound lasts
+  /// without further bytes; it tells the thread how seldom it may look for more.
+  void accept(std::function<unsigned()> cushion);
+  /// Ends the wait for accept().
+  void cancel();
 
   /// True in a callback of this stream.
   bool isOwnThread() const { return std::this_thread::get_id() == id_.load(); }
-  /// Waits for the thread's end, which interrupt and a closed buffer bring.
+  /// Waits for the thread's end, which interrupt, cancel and a closed buffer bring.
   void join();
 
  private:
   void run();
-  void download(ByteSource& source);
+  void download(Connection& connection);
+  bool isAccepted();
   void nap();
 
   const Url url_;
@@ -49,8 +53,9 @@ class Downloader {
   Condition changed_;
   bool answered_ GUARDED_BY(mutex_) = false;
   NetError error_ GUARDED_BY(mutex_) = NetError::none;
-  std::function<unsigned()> cushion_ GUARDED_BY(mutex_);
-  ResponseHead head_;  ///< written before answered_ is set
+  bool cancelled_ GUARDED_BY(mutex_) = false;
+  std::function<unsigned()> cushion_ GUARDED_BY(mutex_);  ///< empty until accepted
+  ResponseHead head_;                                     ///< written before answered_ is set
 
   std::atomic<std::thread::id> id_;
   Mutex join_mutex_;

@@ -11,14 +11,15 @@ using std::chrono::seconds;
 
 constexpr auto kConnectTime = seconds(6);
 constexpr auto kAnswerTime = seconds(10);
-constexpr auto kSilenceTime = seconds(15);
+// Silence on an open connection: longer than a server's or a network's hiccup.
+constexpr auto kSilenceTime = seconds(10);
 constexpr size_t kLongestHead = 64 * 1024;
 
 class HttpSource final : public ByteSource {
  public:
   explicit HttpSource(const Interrupt& interrupt) : interrupt_(interrupt), socket_(interrupt) {}
 
-  NetError open(const Url& url, const StatusSink& status);
+  NetError open(const Url& url, const StatusSink& status, uint64_t from);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
@@ -34,17 +35,18 @@ class HttpSource final : public ByteSource {
 };
 
 // 1.0, since a stream has no use for chunks and old radio servers know nothing else.
-std::string requestText(const Url& url) {
+std::string requestText(const Url& url, uint64_t from) {
+  const std::string range = from == 0 ? "" : "Range: bytes=" + std::to_string(from) + "-\r\n";
   return "GET " + url.path + " HTTP/1.0\r\nHost: " + url.hostHeader() +
-         "\r\nUser-Agent: Kestrel/" KESTREL_VERSION
-         "\r\nAccept: */*\r\nIcy-MetaData: 1\r\nConnection: close\r\n\r\n";
+         "\r\nUser-Agent: Kestrel/" KESTREL_VERSION "\r\nAccept: */*\r\nIcy-MetaData: 1\r\n" +
+         range + "Connection: close\r\n\r\n";
 }
 
-NetError HttpSource::open(const Url& url, const StatusSink& status) {
+NetError HttpSource::open(const Url& url, const StatusSink& status, uint64_t from) {
   status(std::string("connecting...") + '\0');
   if (const NetError error = connect(url); error != NetError::none) return error;
   status(std::string("waiting for the server...") + '\0');
-  const NetError error = socket_.sendAll(requestText(url), Clock::now() + kAnswerTime);
+  const NetError error = socket_.sendAll(requestText(url, from), Clock::now() + kAnswerTime);
   return error != NetError::none ? error : readHead();
 }
 
@@ -98,9 +100,10 @@ NetError HttpSource::read(uint8_t* to, size_t room, size_t& got) {
 
 }  // namespace
 
-OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status) {
+OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                      uint64_t from) {
   auto source = std::make_unique<HttpSource>(interrupt);
-  const NetError error = source->open(url, status);
+  const NetError error = source->open(url, status, from);
   if (error != NetError::none) return {nullptr, error};
   return {std::move(source), NetError::none};
 }

@@ -3,7 +3,7 @@
 namespace engine {
 
 OpenedSource openHttps(const Url& /*url*/, const Interrupt& /*interrupt*/,
-                       const StatusSink& /*status*/) {
+                       const StatusSink& /*status*/, uint64_t /*from*/) {
   return {nullptr, NetError::unsupported};
 }
 

@@ -13,8 +13,12 @@ namespace engine {
 namespace {
 
 constexpr DWORD kAnswerTime = 16'000;   // ms, connecting included
-constexpr DWORD kSilenceTime = 15'000;  // ms
-constexpr wchar_t kHeaders[] = L"Icy-MetaData: 1\r\nAccept: */*\r\n";
+constexpr DWORD kSilenceTime = 10'000;  // ms
+
+std::wstring headers(uint64_t from) {
+  const std::wstring usual = L"Icy-MetaData: 1\r\nAccept: */*\r\n";
+  return from == 0 ? usual : usual + L"Range: bytes=" + std::to_wstring(from) + L"-\r\n";
+}
 
 std::wstring wide(const std::string& text) {
   return {text.begin(), text.end()};
@@ -80,7 +84,7 @@ class HttpsSource final : public ByteSource {
  public:
   explicit HttpsSource(const Interrupt& interrupt) : interrupt_(interrupt) {}
 
-  NetError open(const Url& url);
+  NetError open(const Url& url, uint64_t from);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
@@ -125,20 +129,26 @@ bool HttpsSource::prepare(const Url& url) {
 
 NetError HttpsSource::wait(DWORD milliseconds) {
   const HANDLE both[2] = {interrupt_.native(), exchange_->done};
-  switch (WaitForMultipleObjects(2, both, FALSE, milliseconds)) {
-    case WAIT_OBJECT_0:
-      return NetError::interrupted;
-    case WAIT_OBJECT_0 + 1:
-      return exchange_->error == 0 ? NetError::none : netError(exchange_->error);
-    default:
-      return NetError::timeout;
-  }
+  const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+  do {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    const auto step = std::clamp(left, std::chrono::milliseconds(0), kWaitStep);
+    switch (WaitForMultipleObjects(2, both, FALSE, static_cast<DWORD>(step.count()))) {
+      case WAIT_OBJECT_0:
+        return NetError::interrupted;
+      case WAIT_OBJECT_0 + 1:
+        return exchange_->error == 0 ? NetError::none : netError(exchange_->error);
+      default:
+        break;
+    }
+  } while (Clock::now() < deadline);
+  return NetError::timeout;
 }
 
-NetError HttpsSource::open(const Url& url) {
+NetError HttpsSource::open(const Url& url, uint64_t from) {
   if (!prepare(url)) return NetError::failed;
-  if (!WinHttpSendRequest(request_.get(), kHeaders, static_cast<DWORD>(-1), nullptr, 0, 0,
-                          reinterpret_cast<DWORD_PTR>(exchange_))) {
+  if (!WinHttpSendRequest(request_.get(), headers(from).c_str(), static_cast<DWORD>(-1), nullptr, 0,
+                          0, reinterpret_cast<DWORD_PTR>(exchange_))) {
     return netError(GetLastError());
   }
   if (const NetError error = wait(kAnswerTime); error != NetError::none) return error;
@@ -194,10 +204,11 @@ NetError HttpsSource::read(uint8_t* to, size_t room, size_t& got) {
 
 }  // namespace
 
-OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status) {
+OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                       uint64_t from) {
   status(std::string("connecting...") + '\0');
   auto source = std::make_unique<HttpsSource>(interrupt);
-  const NetError error = source->open(url);
+  const NetError error = source->open(url, from);
   if (error != NetError::none) return {nullptr, error};
   return {std::move(source), NetError::none};
 }

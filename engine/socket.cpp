@@ -77,15 +77,18 @@ NetError Socket::receive(uint8_t* to, size_t room, Clock::time_point deadline, s
 }
 
 NetError Socket::wait(Wait what, Clock::time_point deadline) {
-  switch (waitSocket(socket_, event_, interrupt_.native(), what != Wait::readable,
-                     millisecondsUntil(deadline))) {
-    case SocketEvent::interrupted:
-      return NetError::interrupted;
-    case SocketEvent::ready:
-      return NetError::none;
-    case SocketEvent::timeout:
-      break;
-  }
+  const int step = static_cast<int>(kWaitStep.count());
+  do {
+    switch (waitSocket(socket_, event_, interrupt_.native(), what != Wait::readable,
+                       std::min(millisecondsUntil(deadline), step))) {
+      case SocketEvent::interrupted:
+        return NetError::interrupted;
+      case SocketEvent::ready:
+        return NetError::none;
+      case SocketEvent::timeout:
+        break;
+    }
+  } while (!interrupt_.isSet() && Clock::now() < deadline);
   return interrupt_.isSet() ? NetError::interrupted : NetError::timeout;
 }
 

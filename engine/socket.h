@@ -21,9 +21,14 @@ enum class NetError {
   failed,       ///< refused, reset or closed early
   timeout,
   unsupported,  ///< a scheme or answer that is not spoken here
+  gone,         ///< the server says that there is no such stream
 };
 
 using Clock = std::chrono::steady_clock;
+
+/// Long waits go in steps, since the system does not count the time that the machine
+/// sleeps towards a single one: after that, a deadline long past is noticed.
+inline constexpr std::chrono::milliseconds kWaitStep{1000};
 
 /// A socket address of either family, as the system keeps it.
 struct Address {

@@ -31,6 +31,7 @@ int bassError(NetError error) {
     case NetError::name:
     case NetError::failed:
     case NetError::unsupported:
+    case NetError::gone:
       break;
   }
   return BASS_ERROR_FILEOPEN;
@@ -54,6 +55,7 @@ void Stream::stop() {
   interrupt_.set();
   buffer_.close();
   playback_.cancel();
+  downloader_.cancel();
 }
 
 void Stream::close() {
@@ -71,7 +73,7 @@ int Stream::open(const std::vector<Codec>& codecs) {
   if (const int code = recognise(codecs); code != BASS_OK) return code;
   codecs_ = codecs;
   bitrate_ = likelyBitrate();
-  downloader_.setCushion([this] { return cushionMilliseconds(); });
+  downloader_.accept([this] { return cushionMilliseconds(); });
   buffer_.waitFilled(reportedSize(), Clock::now() + kBurstTime);
   return BASS_OK;
 }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <numbers>
 #include <sstream>
+#include <utility>
 
 #include "engine/engine.h"
 
@@ -175,23 +177,44 @@ std::string DemoRadio::stream(const Station& station, const std::string& habits)
 }
 
 ScriptedServer::ScriptedServer(bool backlog_full) {
+  listen(backlog_full ? 0 : 8);
+  for (int i = 0; backlog_full && i < 4; ++i) fillers_.push_back(connectTo(port_, false));
+}
+
+void ScriptedServer::listen(int backlog) {
   listener_ = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address = loopback(0);
+  const int again = 1;
+  setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &again, sizeof again);
+  sockaddr_in address = loopback(port_);
   socklen_t size = sizeof address;
   EXPECT_EQ(0, bind(listener_, reinterpret_cast<sockaddr*>(&address), size));
-  EXPECT_EQ(0, listen(listener_, backlog_full ? 0 : 8));
+  EXPECT_EQ(0, ::listen(listener_, backlog));
   getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
   port_ = ntohs(address.sin_port);
-  for (int i = 0; backlog_full && i < 4; ++i) fillers_.push_back(connectTo(port_, false));
+}
+
+void ScriptedServer::leave() {
+  close();
+  ::close(std::exchange(listener_, -1));
+}
+
+void ScriptedServer::comeBack() {
+  listen(8);
 }
 
 ScriptedServer::~ScriptedServer() {
   close();
   for (int each : fillers_) ::close(each);
-  ::close(listener_);
+  if (listener_ >= 0) ::close(listener_);
+}
+
+bool ScriptedServer::isAsked(milliseconds patience) const {
+  pollfd one = {listener_, POLLIN, 0};
+  return poll(&one, 1, static_cast<int>(patience.count())) > 0;
 }
 
 std::string ScriptedServer::accept() {
+  close();
   client_ = ::accept(listener_, nullptr, nullptr);
   std::string request;
   char some[1024];

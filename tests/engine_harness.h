@@ -74,7 +74,7 @@ class DemoRadio {
   std::vector<Station> stations_;
 };
 
-/// One connection whose answer the test writes itself.
+/// One connection after another whose answer the test writes itself.
 class ScriptedServer {
  public:
   /// backlog_full: takes no further connection, so that a client's connect hangs.
@@ -86,11 +86,18 @@ class ScriptedServer {
   std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/"; }
   /// Waits for the client and its whole request, and returns that.
   std::string accept();
+  /// Connections that nobody accepted yet.
+  bool isAsked(std::chrono::milliseconds patience) const;
   void send(const std::string& bytes) const;
   void close();  ///< properly
   void reset();
+  /// Refuses connections, until it comes back.
+  void leave();
+  void comeBack();
 
  private:
+  void listen(int backlog);
+
   int listener_ = -1, client_ = -1;
   std::vector<int> fillers_;
   int port_ = 0;

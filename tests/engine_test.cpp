@@ -108,7 +108,9 @@ TEST(Stream, TellsTitlesAtTheirPlaceAmongTheExactBytes) {
     }
     return bytes;
   };
-  server.send(kHead + "icy-metaint:1000\r\n\r\n" + piece(0, 8));
+  const size_t length = piece(0, 20).size();
+  server.send(kHead + "icy-metaint:1000\r\nContent-Length: " + std::to_string(length) +
+              "\r\n\r\n" + piece(0, 8));
   const HSTREAM stream = opening.get();
   ASSERT_NE(0u, stream);
   while (BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DOWNLOAD) < 8 * kInterval) {
@@ -248,21 +250,6 @@ TEST(Stream, EndsThePlayersWaitForTheBufferWhenStopped) {
   EXPECT_TRUE(BASS_StreamFree(stream));
   EXPECT_FALSE(BASS_StreamFree(stream));
   EXPECT_EQ(BASS_ERROR_HANDLE, BASS_ErrorGetCode());
-}
-
-TEST(Stream, PlaysWhatCameBeforeTheConnectionBroke) {
-  for (const bool broken : {false, true}) {
-    Listener listener;
-    Session session;
-    ScriptedServer server;
-    auto opening = std::async(std::launch::async, [&] { return listener.play(server.url()); });
-    server.accept();
-    server.send(kHead + "\r\n" + soundBytes("bells-00.mp3").substr(0, 24000));
-    ASSERT_NE(0u, opening.get());
-    broken ? server.reset() : server.close();
-    ASSERT_TRUE(listener.waitFor(Note::end, 1));
-    EXPECT_GT(session.listen(1.3).size(), 1.3 * Tape::kRate);
-  }
 }
 
 TEST(Stream, GoesOnAfterAStall) {
