@@ -31,10 +31,12 @@ class Decoding {
   class Decoder;
 
   int feed(uint8_t* to, int room);
+  int read(uint8_t* to, int room);
   void markTitle(const char* text);
   bool findOther();
   bool findNext();
-  const Codec* recognise(bool others_only);
+  void forget();
+  bool recogniseUnplayed(bool others_only);
 
   const std::vector<Codec> all_;
   DownloadBuffer& buffer_;
@@ -42,8 +44,13 @@ class Decoding {
   const kestrel_input input_;
   Codec codec_;
   std::unique_ptr<Decoder> decoder_;
-  const Codec* next_ = nullptr;  ///< of all_, once the present one is out of place
-  size_t silent_bytes_ = 0;      ///< read since the last sound
+  const Codec* next_ = nullptr;    ///< of all_, once the present one is out of place
+  size_t silence_ = 0;             ///< bytes read since the last sound
+  std::vector<uint8_t> unplayed_;  ///< these, and a little before
+  std::vector<uint8_t> again_;     ///< of these, what the next codec is to read first
+  size_t again_taken_ = 0;
+  uint64_t position_ = 0;     ///< that the codec has read to
+  uint64_t least_begin_ = 0;  ///< where the next one may begin
   bool ended_ = false;
 };
 

@@ -1,12 +1,13 @@
 # The audio engine against real and misbehaving servers, natively.
 if(NOT WIN32)
-  add_library(engine_harness STATIC ${CMAKE_CURRENT_LIST_DIR}/engine_harness.cpp)
+  add_library(engine_harness STATIC
+    ${CMAKE_CURRENT_LIST_DIR}/engine_harness.cpp ${CMAKE_CURRENT_LIST_DIR}/engine_web.cpp)
   target_link_libraries(engine_harness PUBLIC kestrel_engine GTest::gtest PRIVATE kestrel_flags)
   target_compile_definitions(engine_harness PRIVATE
     DEMO_RADIO="$<TARGET_FILE:demo_radio>" DEMO_SOUNDS="$<TARGET_FILE_DIR:demo_radio>/sounds"
     AAC_PLUGIN="$<TARGET_FILE:bass_aac>")
   add_dependencies(engine_harness demo_radio bass_aac)
-  foreach(subject engine engine_parts engine_titles engine_icecast engine_recovery)
+  foreach(subject engine engine_parts engine_titles engine_formats engine_icecast engine_recovery)
     add_executable(${subject}_test ${CMAKE_CURRENT_LIST_DIR}/${subject}_test.cpp)
     target_link_libraries(${subject}_test PRIVATE engine_harness kestrel_flags GTest::gtest_main)
     add_test(NAME ${subject} COMMAND ${subject}_test)

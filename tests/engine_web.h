@@ -1,0 +1,48 @@
+#pragma once
+
+#include <condition_variable>
+#include <list>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace engine_test {
+
+/// A web server on the loopback address whose documents the test puts in, and may
+/// change at any time. One answer a connection.
+class WebServer {
+ public:
+  WebServer();
+  ~WebServer();
+  WebServer(const WebServer&) = delete;
+  WebServer& operator=(const WebServer&) = delete;
+
+  std::string url(const std::string& path) const;
+  void put(const std::string& path, const std::string& body, const std::string& type = "");
+  /// The answer as it goes over the line, head and all.
+  void putRaw(const std::string& path, const std::string& answer);
+  /// Paths asked for so far, in order.
+  std::vector<std::string> asked() const;
+
+ private:
+  void accept();
+  void serve(int client);
+
+  int listener_ = -1, port_ = 0;
+  mutable std::mutex mutex_;
+  std::map<std::string, std::string> answers_;
+  std::vector<std::string> asked_;
+  std::vector<int> clients_;
+  bool over_ = false;
+  std::list<std::thread> serving_;
+  std::thread accepting_;  // last: it uses the rest
+};
+
+/// The file that ffmpeg makes with these words (its name is added to them), from a
+/// sine of that frequency.
+std::string encodedSine(int frequency, double seconds, const std::string& words,
+                        const std::string& file);
+
+}  // namespace engine_test
