@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -92,6 +93,7 @@ void Splash::layOut() {
   picture_ = window::loadPicture(IDP_SPLASH, kSize, dpi());
   picture_brush_.reset(picture_ ? CreatePatternBrush(picture_.get())
                                 : CreateSolidBrush(kBackground));
+  player::applyPanel(handle(), {scale(kSize.cx), scale(kSize.cy)}, dpi().value() / 96.0);
   place(version_label_, kTextLeft, kVersionTop, kVersionSize.cx, kVersionSize.cy);
   place(label1_, kTextLeft, kMessageTop, kMessageSize.cx, kMessageSize.cy);
   version_font_ = window::messageFont(dpi(), 110);

@@ -7,7 +7,7 @@
 #include "app/captions.h"
 #include "dialogs/dialog_ids.h"
 #include "directory/own_lists.h"
-#include "player/control_hook_win.h"
+#include "window/control_hook.h"
 #include "window/modal.h"
 #include "window/unique_handle.h"
 
@@ -15,7 +15,7 @@ namespace dialogs {
 
 /// The window `editfavs`: takes entries out of a list and changes their order.
 /// User-interface thread.
-class EditFavs final : public window::Modal, private player::ControlHook {
+class EditFavs final : public window::Modal, private window::ControlHook {
  public:
   /// `owner` is disabled while the window is open; the title says which list it is.
   EditFavs(const app::Captions& captions, HWND owner, const std::string& title,

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "dialogs/form_layout_win.h"
-#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -55,7 +54,10 @@ bool isLink(UINT id) {
 
 Form3::Form3(const app::Captions& captions, const app::Hosts& hosts, app::Desktop& desktop,
              HWND owner)
-    : hosts_(hosts), desktop_(desktop), owner_(owner) {
+    : SkinnedForm(static_cast<window::Window&>(*this)),
+      hosts_(hosts),
+      desktop_(desktop),
+      owner_(owner) {
   create({.class_name = L"Form3",
           .caption = "Kestrel",
           .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
@@ -68,9 +70,9 @@ Form3::Form3(const app::Captions& captions, const app::Hosts& hosts, app::Deskto
              ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL | WS_TABSTOP, kText1);
   addLinks();
   constexpr DWORD kButton = BS_OWNERDRAW | WS_TABSTOP;
-  addControl(WC_BUTTONW, captions.get("Form3.Label2"), kButton, IDOK);
-  addControl(WC_BUTTONW, captions.get("Form3.Label4"), kButton, kLabel4);
-  addControl(WC_BUTTONW, captions.get("Form3.Label7"), kButton, kLabel7);
+  hook(addControl(WC_BUTTONW, captions.get("Form3.Label2"), kButton, IDOK));
+  hook(addControl(WC_BUTTONW, captions.get("Form3.Label4"), kButton, kLabel4));
+  hook(addControl(WC_BUTTONW, captions.get("Form3.Label7"), kButton, kLabel7));
   dress();
 }
 
@@ -98,6 +100,7 @@ void Form3::onCommand(int id, int) {
     case kLabel4:
       return checkupdate();
     case kLabel7:
+      pressed_.erase(kLabel7);
       return openPage(page(hosts_.donate));
     case kLabel6:
       return openPage(page(hosts_.website));
@@ -112,6 +115,7 @@ void Form3::onCommand(int id, int) {
 }
 
 void Form3::checkupdate() {
+  restoreButtons();
   openPage(page(hosts_.update) + "/update2.php?file=kes&version=" KESTREL_VERSION);
 }
 
@@ -119,23 +123,15 @@ void Form3::openPage(const std::string& address) {
   desktop_.shellopen(address);
 }
 
+void Form3::restoreButtons() {
+  pressed_.clear();
+  for (const int id : kButtons) InvalidateRect(control(id), nullptr, FALSE);
+}
+
 std::optional<LRESULT> Form3::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-  if (!look_) return std::nullopt;  // still being made
+  if (!dressed()) return std::nullopt;  // still being made
+  if (const auto result = onSkinMessage(message, wparam, lparam)) return result;
   switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      return onPaint(), 0;
-    case WM_CTLCOLORSTATIC: {
-      const bool title = GetDlgCtrlID(reinterpret_cast<HWND>(lparam)) == kLabel3;
-      return look_->labelColours(reinterpret_cast<HDC>(wparam),
-                                 title ? look_->theme().text : look_->theme().muted);
-    }
-    case WM_DRAWITEM: {
-      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam);
-      if (isLink(item.CtlID)) return drawLink(item), TRUE;
-      return look_->button(item, item.CtlID == IDOK), TRUE;
-    }
     case WM_SETCURSOR:
       if (!isLink(static_cast<UINT>(GetDlgCtrlID(reinterpret_cast<HWND>(wparam))))) {
         return std::nullopt;
@@ -143,15 +139,15 @@ std::optional<LRESULT> Form3::onMessage(UINT message, WPARAM wparam, LPARAM lpar
       return SetCursor(LoadCursorW(nullptr, IDC_HAND)), TRUE;
     case WM_NEXTDLGCTL:
       return nextControl(wparam, LOWORD(lparam) != 0), 0;
-    case WM_LBUTTONDOWN:
-      return player::DragWindow(handle()), 0;
-    case WM_SETTINGCHANGE:
-    case WM_SYSCOLORCHANGE:
-    case WM_THEMECHANGED:
-      return dress(), std::nullopt;
     default:
       return Modal::onMessage(message, wparam, lparam);
   }
+}
+
+// A button that is left with the mouse button down keeps its pressed picture.
+std::optional<LRESULT> Form3::onControl(HWND at, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_LBUTTONDOWN) pressed_.insert(GetDlgCtrlID(at));
+  return SkinnedForm::onControl(at, message, wparam, lparam);
 }
 
 // The notice, being of several lines, takes Tab itself and asks for the next control.
@@ -161,23 +157,16 @@ void Form3::nextControl(WPARAM where, bool is_handle) {
   SetFocus(next);
 }
 
-void Form3::dress() {
-  look_.emplace(dpi());
-  link_font_ = underlined(look_->font());
-  setFont(handle(), look_->font());
-  SendMessageW(control(kLabel3), WM_SETFONT, reinterpret_cast<WPARAM>(look_->headingFont()), TRUE);
-  SendMessageW(control(kText1), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
-  layOut();
-  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
-}
-
 void Form3::layOut() {
+  link_font_ = underlined(look().font());
+  SendMessageW(control(kLabel3), WM_SETFONT, reinterpret_cast<WPARAM>(look().headingFont()), TRUE);
+  SendMessageW(control(kText1), EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
   const int all = width();
   const int inside = all - 2 * SmallForm::kMargin;
   place(control(kLabel3), SmallForm::kTextLeft, kTitleTop,
         all - SmallForm::kMargin - SmallForm::kTextLeft, kTitleHeight);
   const int notice =
-      textHeightUnits(window::windowText(control(kText1)), look_->font(), inside, dpi());
+      textHeightUnits(window::windowText(control(kText1)), look().font(), inside, dpi());
   place(control(kText1), SmallForm::kMargin, kNoticeTop, inside, notice);
   const int buttons = placeLinks(kNoticeTop + notice + kGap) + kGap;
   placeButtons(buttons);
@@ -187,14 +176,14 @@ void Form3::layOut() {
 int Form3::width() const {
   int text = buttonsWidth();
   for (const int link : kLinks) {
-    text = std::max(text, textUnits(control(link), look_->font(), dpi()) + 4);
+    text = std::max(text, textUnits(control(link), look().font(), dpi()) + 4);
   }
   return std::max(kLeastWidth, text + 2 * SmallForm::kMargin);
 }
 
 int Form3::placeLinks(int top) {
   for (const int link : kLinks) {
-    const int text = textUnits(control(link), look_->font(), dpi()) + 4;
+    const int text = textUnits(control(link), look().font(), dpi()) + 4;
     place(control(link), SmallForm::kMargin, top, text, kLinkHeight);
     top += kLinkRow;
   }
@@ -203,33 +192,33 @@ int Form3::placeLinks(int top) {
 
 int Form3::buttonsWidth() const {
   int all = -kGap;
-  for (const int id : kButtons) all += look_->buttonWidth(window::windowText(control(id))) + kGap;
+  for (const int id : kButtons) all += look().buttonWidth(window::windowText(control(id))) + kGap;
   return all;
 }
 
 void Form3::placeButtons(int top) {
   int left = width() - SmallForm::kMargin - buttonsWidth();
   for (const int id : kButtons) {
-    const int button = look_->buttonWidth(window::windowText(control(id)));
+    const int button = look().buttonWidth(window::windowText(control(id)));
     place(control(id), left, top, button, SmallForm::kButtonHeight);
     left += button + kGap;
   }
 }
 
-void Form3::onPaint() {
-  const window::PaintScope paint(handle());
-  RECT client{};
-  GetClientRect(handle(), &client);
-  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
-  look_->ground(canvas, {client.right, client.bottom});
-  canvas.present();
+COLORREF Form3::labelColour(int id) const {
+  return id == kLabel3 ? look().theme().text : look().theme().muted;
+}
+
+void Form3::drawButton(const DRAWITEMSTRUCT& item) const {
+  if (isLink(item.CtlID)) return drawLink(item);
+  SkinnedForm::drawButton(item, pressed_.contains(static_cast<int>(item.CtlID)));
 }
 
 void Form3::drawLink(const DRAWITEMSTRUCT& item) const {
-  const player::Theme& theme = look_->theme();
+  const window::Theme& theme = look().theme();
   RECT area{};
   GetClientRect(item.hwndItem, &area);
-  player::Canvas canvas(item.hDC, {area.right, area.bottom});
+  window::Canvas canvas(item.hDC, {area.right, area.bottom});
   canvas.fill(theme.background);
   const std::wstring text = window::windowText(item.hwndItem);
   const bool pressed = (item.itemState & ODS_SELECTED) != 0;

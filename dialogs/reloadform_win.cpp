@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "dialogs/dialog_ids.h"
-#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -34,7 +33,10 @@ constexpr int kGap = 14;
 
 ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messages,
                        std::function<void()> cancel)
-    : captions_(captions), messages_(messages), cancel_(std::move(cancel)) {
+    : SkinnedForm(static_cast<window::Window&>(*this)),
+      captions_(captions),
+      messages_(messages),
+      cancel_(std::move(cancel)) {
   create({.class_name = L"reloadform",
           .caption = "Kestrel",
           .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
@@ -51,7 +53,7 @@ ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messa
   addControl(WC_STATICW, {}, kLabel | SS_RIGHT, kIdReloadCount);
   hook(addControl(PROGRESS_CLASSW, {}, PBS_SMOOTH, kIdReloadProgress));
   addControl(WC_STATICW, {}, SS_NOPREFIX, kIdReloadAbort);
-  addControl(WC_BUTTONW, {}, BS_OWNERDRAW | WS_TABSTOP, IDCANCEL);
+  hook(addControl(WC_BUTTONW, {}, BS_OWNERDRAW | WS_TABSTOP, IDCANCEL));
 }
 
 ReloadForm::~ReloadForm() {
@@ -59,7 +61,8 @@ ReloadForm::~ReloadForm() {
 }
 
 void ReloadForm::show() {
-  const bool first = !look_;
+  const bool first = !dressed();
+  readCaptions();
   dress();
   if (first || offScreen()) centre(false);
   write(kIdReloadStatus, {});
@@ -84,17 +87,8 @@ void ReloadForm::progress(const std::string& status, int done, int genres) {
 }
 
 std::optional<LRESULT> ReloadForm::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-  if (!look_) return std::nullopt;  // not shown yet
+  if (!dressed()) return std::nullopt;  // not shown yet
   switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      return onPaint(), 0;
-    case WM_CTLCOLORSTATIC:
-      return labelColours(reinterpret_cast<HDC>(wparam), reinterpret_cast<HWND>(lparam));
-    case WM_DRAWITEM:
-      look_->button(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam), false);
-      return TRUE;
     case WM_COMMAND:
       if (LOWORD(wparam) == IDCANCEL) onCancel();
       return 0;
@@ -102,24 +96,20 @@ std::optional<LRESULT> ReloadForm::onMessage(UINT message, WPARAM wparam, LPARAM
       return onCancel(), 0;
     case DM_GETDEFID:  // Enter
       return MAKELRESULT(IDCANCEL, DC_HASDEFID);
-    case WM_LBUTTONDOWN:
-      return player::DragWindow(handle()), 0;
     case WM_SETFOCUS:
       if (IsWindowEnabled(control(IDCANCEL)) != FALSE) SetFocus(control(IDCANCEL));
       return 0;
-    case WM_SETTINGCHANGE:
-    case WM_SYSCOLORCHANGE:
-    case WM_THEMECHANGED:
-      return dress(), std::nullopt;
     default:
-      return std::nullopt;
+      return onSkinMessage(message, wparam, lparam);
   }
 }
 
-std::optional<LRESULT> ReloadForm::onControl(HWND bar, UINT message, WPARAM, LPARAM) {
+std::optional<LRESULT> ReloadForm::onControl(HWND at, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (GetDlgCtrlID(at) != kIdReloadProgress)
+    return SkinnedForm::onControl(at, message, wparam, lparam);
   if (message == WM_ERASEBKGND) return 1;
-  if (message != WM_PAINT || !look_) return std::nullopt;
-  return paintBar(bar), 0;
+  if (message != WM_PAINT || !dressed()) return std::nullopt;
+  return paintBar(at), 0;
 }
 
 void ReloadForm::onCancel() {
@@ -131,31 +121,25 @@ void ReloadForm::onCancel() {
   cancel_();
 }
 
-void ReloadForm::dress() {
-  look_.emplace(dpi());
+void ReloadForm::readCaptions() {
   const std::string& label1 = captions_.get("reloadform.Label1");
   setText(label1);
   write(kIdReloadLabel1, label1);
   write(IDCANCEL, captions_.get("reloadform.Label4"));
   write(kIdReloadProgress, label1);
-  for (const int id : {kIdReloadStatus, kIdReloadCount, kIdReloadAbort}) {
-    SendMessageW(control(id), WM_SETFONT, reinterpret_cast<WPARAM>(look_->font()), FALSE);
-  }
-  SendMessageW(control(kIdReloadLabel1), WM_SETFONT, reinterpret_cast<WPARAM>(look_->headingFont()),
-               FALSE);
-  layOut();
-  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
 void ReloadForm::layOut() {
+  SendMessageW(control(kIdReloadLabel1), WM_SETFONT, reinterpret_cast<WPARAM>(look().headingFont()),
+               FALSE);
   const int heading =
-      MulDiv(window::textWidth(look_->headingFont(), window::windowText(control(kIdReloadLabel1))),
+      MulDiv(window::textWidth(look().headingFont(), window::windowText(control(kIdReloadLabel1))),
              window::Dpi::kBase, dpi().value());
   const int width =
       std::clamp(SmallForm::kTextLeft + heading + 4 + SmallForm::kMargin, kLeastWidth, kMostWidth);
   const int right = width - SmallForm::kMargin;
   const int text = right - SmallForm::kTextLeft;
-  const int button = look_->buttonWidth(window::windowText(control(IDCANCEL)));
+  const int button = look().buttonWidth(window::windowText(control(IDCANCEL)));
   resizeClient(width, kHeight);
   place(control(kIdReloadLabel1), SmallForm::kTextLeft, kHeadingTop, text, kHeadingHeight);
   place(control(kIdReloadStatus), SmallForm::kTextLeft, kStatusTop, text - kCountWidth - 6,
@@ -165,50 +149,41 @@ void ReloadForm::layOut() {
         kBarHeight);
   const int abort_width = right - button - kGap - SmallForm::kMargin;
   const std::wstring abort_text = window::toWide(messages_.msgreloadabort);
-  const bool one_line = window::textWidth(look_->font(), abort_text) < scale(abort_width);
+  const bool one_line = window::textWidth(look().font(), abort_text) < scale(abort_width);
   const int abort_top = kButtonTop + (SmallForm::kButtonHeight - kLineHeight) / 2;
   place(control(kIdReloadAbort), SmallForm::kMargin, one_line ? abort_top : kButtonTop, abort_width,
         kAbortHeight);
   place(control(IDCANCEL), right - button, kButtonTop, button, SmallForm::kButtonHeight);
 }
 
-void ReloadForm::onPaint() {
-  const window::PaintScope paint(handle());
-  RECT client{};
-  GetClientRect(handle(), &client);
-  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
-  look_->ground(canvas, {client.right, client.bottom});
-  canvas.present();
-}
-
 void ReloadForm::paintBar(HWND bar) const {
   const window::PaintScope paint(bar);
   RECT area{};
   GetClientRect(bar, &area);
-  player::Canvas canvas(paint.dc(), {area.right, area.bottom});
-  canvas.fill(look_->theme().background);
+  window::Canvas canvas(paint.dc(), {area.right, area.bottom});
+  canvas.fill(look().theme().background);
   const double radius = area.bottom / 2.0;
-  canvas.bar(area, radius, look_->theme().surface);
-  if (look_->theme().high_contrast) canvas.frame(area, radius, scale(1), look_->theme().border);
+  canvas.bar(area, radius, look().theme().surface);
+  if (look().theme().high_contrast) canvas.frame(area, radius, scale(1), look().theme().border);
   const auto done = static_cast<int>(SendMessageW(bar, PBM_GETPOS, 0, 0));
   const auto genres = static_cast<int>(SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
   if (done > 0 && genres > 0) {
     RECT filled = area;
     filled.right = std::max(MulDiv(area.right, done, genres), static_cast<int>(area.bottom));
-    canvas.bar(filled, radius, look_->theme().accent);
+    canvas.bar(filled, radius, look().theme().accent);
   }
   canvas.present();
 }
 
-LRESULT ReloadForm::labelColours(HDC dc, HWND label) const {
-  const player::Theme& theme = look_->theme();
-  switch (GetDlgCtrlID(label)) {
+COLORREF ReloadForm::labelColour(int id) const {
+  const window::Theme& theme = look().theme();
+  switch (id) {
     case kIdReloadLabel1:
-      return look_->labelColours(dc, theme.text);
+      return theme.text;
     case kIdReloadAbort:
-      return look_->labelColours(dc, theme.high_contrast ? theme.text : theme.accent);
+      return theme.high_contrast ? theme.text : theme.accent;
     default:
-      return look_->labelColours(dc, theme.muted);
+      return theme.muted;
   }
 }
 

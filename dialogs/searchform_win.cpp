@@ -5,10 +5,8 @@
 #include <algorithm>
 
 #include "dialogs/dialog_ids.h"
-#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
-#include "window/gdi.h"
 #include "window/utf.h"
 
 namespace dialogs {
@@ -28,7 +26,7 @@ constexpr int kGap = 10;
 }  // namespace
 
 SearchForm::SearchForm(const app::Captions& captions, HWND owner, const std::string& words)
-    : owner_(owner) {
+    : SkinnedForm(static_cast<window::Window&>(*this)), owner_(owner) {
   const std::string& heading = captions.get("searchform.Label2");
   create({.class_name = L"searchform",
           .caption = heading,
@@ -41,8 +39,9 @@ SearchForm::SearchForm(const app::Captions& captions, HWND owner, const std::str
           .icon = IDI_NORMAL});
   addControl(WC_STATICW, heading, SS_NOPREFIX | SS_ENDELLIPSIS, kIdSearchLabel2);
   addControl(WC_EDITW, words, ES_AUTOHSCROLL | WS_TABSTOP, kIdSearchText1);
-  addControl(WC_BUTTONW, captions.get("searchform.Label3"), BS_OWNERDRAW | WS_TABSTOP, IDOK);
-  addControl(WC_BUTTONW, captions.get("searchform.Label5"), BS_OWNERDRAW | WS_TABSTOP, IDCANCEL);
+  constexpr DWORD kButton = BS_OWNERDRAW | WS_TABSTOP;
+  hook(addControl(WC_BUTTONW, captions.get("searchform.Label3"), kButton, IDOK));
+  hook(addControl(WC_BUTTONW, captions.get("searchform.Label5"), kButton, IDCANCEL));
   dress();
 }
 
@@ -76,53 +75,22 @@ void SearchForm::onCommand(int id, int notification) {
 }
 
 std::optional<LRESULT> SearchForm::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-  if (!look_) return std::nullopt;  // still being made
-  const auto dc = reinterpret_cast<HDC>(wparam);
-  switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      return onPaint(), 0;
-    case WM_CTLCOLORSTATIC:
-      return look_->labelColours(dc, look_->theme().text);
-    case WM_CTLCOLOREDIT:
-      return look_->fieldColours(dc);
-    case WM_DRAWITEM: {
-      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam);
-      look_->button(item, item.CtlID == IDOK);
-      return TRUE;
-    }
-    case WM_LBUTTONDOWN:
-      return player::DragWindow(handle()), 0;
-    case WM_SETTINGCHANGE:
-    case WM_SYSCOLORCHANGE:
-    case WM_THEMECHANGED:
-      return dress(), std::nullopt;
-    default:
-      return Modal::onMessage(message, wparam, lparam);
-  }
-}
-
-void SearchForm::dress() {
-  look_.emplace(dpi());
-  const auto setFont = [this](int id, HFONT font) {
-    SendMessageW(control(id), WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-  };
-  setFont(kIdSearchLabel2, look_->headingFont());
-  setFont(kIdSearchText1, look_->font());
-  layOut();
-  RedrawWindow(handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+  if (!dressed()) return std::nullopt;  // still being made
+  if (const auto result = onSkinMessage(message, wparam, lparam)) return result;
+  return Modal::onMessage(message, wparam, lparam);
 }
 
 void SearchForm::layOut() {
-  const int search = look_->buttonWidth(window::windowText(control(IDOK)));
-  const int cancel = look_->buttonWidth(window::windowText(control(IDCANCEL)));
+  SendMessageW(control(kIdSearchLabel2), WM_SETFONT, reinterpret_cast<WPARAM>(look().headingFont()),
+               FALSE);
+  const int search = look().buttonWidth(window::windowText(control(IDOK)));
+  const int cancel = look().buttonWidth(window::windowText(control(IDCANCEL)));
   const int width = std::max(kLeastWidth, search + kGap + cancel + 2 * SmallForm::kMargin);
   const int right = width - SmallForm::kMargin;
   resizeClient(width, kHeight);
   place(control(kIdSearchLabel2), SmallForm::kTextLeft, kHeadingTop, right - SmallForm::kTextLeft,
         kHeadingHeight);
-  const int line = window::lineHeight(look_->font());  // an edit field does not centre its own
+  const int line = window::lineHeight(look().font());  // an edit field does not centre its own
   SetWindowPos(control(kIdSearchText1), nullptr, scale(SmallForm::kMargin + kTextMargin),
                scale(kFieldTop) + (scale(kFieldHeight) - line) / 2,
                scale(width - 2 * (SmallForm::kMargin + kTextMargin)), line,
@@ -139,14 +107,8 @@ RECT SearchForm::field() const {
           scale(kFieldTop + kFieldHeight)};
 }
 
-void SearchForm::onPaint() {
-  const window::PaintScope paint(handle());
-  RECT client{};
-  GetClientRect(handle(), &client);
-  player::Canvas canvas(paint.dc(), {client.right, client.bottom});
-  look_->ground(canvas, {client.right, client.bottom});
-  look_->field(canvas, field(), GetFocus() == control(kIdSearchText1));
-  canvas.present();
+void SearchForm::paint(window::Canvas& canvas) const {
+  look().field(canvas, field(), GetFocus() == control(kIdSearchText1));
 }
 
 }  // namespace dialogs

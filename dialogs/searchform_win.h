@@ -4,13 +4,13 @@
 #include <string>
 
 #include "app/captions.h"
-#include "dialogs/small_form_win.h"
+#include "dialogs/skinned_form_win.h"
 #include "window/modal.h"
 
 namespace dialogs {
 
 /// The window `searchform`: asks for the words of a search. User-interface thread.
-class SearchForm final : public window::Modal {
+class SearchForm final : public window::Modal, private SkinnedForm {
  public:
   /// `owner` is disabled while the window asks. `words` stand in the box, selected.
   SearchForm(const app::Captions& captions, HWND owner, const std::string& words);
@@ -24,13 +24,11 @@ class SearchForm final : public window::Modal {
   std::optional<LRESULT> onMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
   void onCommand(int id, int notification) override;
   void onDpiChanged() override { dress(); }
-  void dress();
-  void layOut();
-  void onPaint();
+  void layOut() override;
+  void paint(window::Canvas& canvas) const override;
   [[nodiscard]] RECT field() const;
 
   const HWND owner_;
-  std::optional<SmallForm> look_;
   std::optional<std::string> answer_;
 };
 

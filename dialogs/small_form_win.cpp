@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -24,22 +25,22 @@ HICON loadIcon(int size) {
 
 SmallForm::SmallForm(window::Dpi dpi)
     : dpi_(dpi),
-      theme_(player::Theme::current()),
+      theme_(window::Theme::current()),
       heading_font_(window::messageFont(dpi, kHeadingPercent, FW_SEMIBOLD)),
       font_(window::messageFont(dpi)),
       background_(CreateSolidBrush(theme_.background)),
       surface_(CreateSolidBrush(theme_.surface)),
       icon_(loadIcon(dpi.scale(kIcon))) {}
 
-void SmallForm::ground(player::Canvas& canvas, SIZE size) const {
+void SmallForm::ground(window::Canvas& canvas, SIZE size) const {
   canvas.fill(theme_.background);
   const int icon = dpi_.scale(kIcon);
   DrawIconEx(canvas.dc(), dpi_.scale(kMargin), dpi_.scale(kMargin), icon_.get(), icon, icon, 0,
              nullptr, DI_NORMAL);
-  canvas.frame({0, 0, size.cx, size.cy}, 0, dpi_.scale(1), theme_.border);
+  player::framePanel(canvas, size, scale(), theme_.border);
 }
 
-void SmallForm::field(player::Canvas& canvas, const RECT& area, bool focus) const {
+void SmallForm::field(window::Canvas& canvas, const RECT& area, bool focus) const {
   const double radius = dpi_.scale(kRadius);
   canvas.bar(area, radius, theme_.surface);
   if (focus || theme_.high_contrast) {
@@ -47,27 +48,26 @@ void SmallForm::field(player::Canvas& canvas, const RECT& area, bool focus) cons
   }
 }
 
-void SmallForm::button(const DRAWITEMSTRUCT& item, bool is_default) const {
+void SmallForm::button(const DRAWITEMSTRUCT& item, const ButtonLook& look) const {
   const bool disabled = (item.itemState & ODS_DISABLED) != 0;
-  const bool pressed = (item.itemState & ODS_SELECTED) != 0;
   const double radius = dpi_.scale(kRadius);
   RECT area{};
   GetClientRect(item.hwndItem, &area);
-  player::Canvas canvas(item.hDC, {area.right, area.bottom});
+  window::Canvas canvas(item.hDC, {area.right, area.bottom});
   canvas.fill(theme_.background);
-  canvas.bar(area, radius, is_default ? theme_.accent : theme_.surface, disabled ? 0.5 : 1);
+  canvas.bar(area, radius, look.is_default ? theme_.accent : theme_.surface, disabled ? 0.5 : 1);
   if (theme_.high_contrast) canvas.frame(area, radius, dpi_.scale(1), theme_.border);
-  if (pressed) canvas.bar(area, radius, theme_.text, 0.20);
+  if (look.hot || look.pressed) canvas.bar(area, radius, theme_.text, look.pressed ? 0.20 : 0.10);
   if ((item.itemState & ODS_FOCUS) != 0) {
-    canvas.frame(area, radius, 1.5 * dpi_.value() / window::Dpi::kBase, theme_.text);
+    canvas.frame(area, radius, 1.5 * scale(), theme_.text);
   }
-  wchar_t text[128] = {};
-  GetWindowTextW(item.hwndItem, text, ARRAYSIZE(text));
-  const window::SelectScope selected(canvas.dc(), font());
-  SetBkMode(canvas.dc(), TRANSPARENT);
-  SetTextColor(canvas.dc(), disabled ? theme_.muted : is_default ? theme_.on_accent : theme_.text);
-  if (pressed) OffsetRect(&area, 0, dpi_.scale(1));
-  DrawTextW(canvas.dc(), text, -1, &area, DT_SINGLELINE | DT_CENTER | DT_VCENTER);
+  if (look.pressed) OffsetRect(&area, 0, dpi_.scale(1));
+  const std::wstring text = window::windowText(item.hwndItem);
+  canvas.text(text.c_str(), static_cast<int>(text.size()), area,
+              DT_SINGLELINE | DT_CENTER | DT_VCENTER, font(),
+              disabled          ? theme_.muted
+              : look.is_default ? theme_.on_accent
+                                : theme_.text);
   canvas.present();
 }
 

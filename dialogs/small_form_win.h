@@ -4,12 +4,19 @@
 
 #include <string>
 
-#include "player/canvas_win.h"
-#include "player/theme_win.h"
+#include "window/canvas.h"
 #include "window/dpi.h"
+#include "window/theme.h"
 #include "window/unique_handle.h"
 
 namespace dialogs {
+
+/// How a button is being used, as it is painted.
+struct ButtonLook {
+  bool is_default = false;
+  bool hot = false;  ///< the pointer is over it
+  bool pressed = false;
+};
 
 /// The look of the small frameless windows: colours, fonts, and the painting of ground
 /// and buttons. Made anew when colours or density change.
@@ -23,15 +30,17 @@ class SmallForm {
 
   explicit SmallForm(window::Dpi dpi);
 
-  [[nodiscard]] const player::Theme& theme() const { return theme_; }
+  [[nodiscard]] const window::Theme& theme() const { return theme_; }
+  /// Pixels in a unit of 1/96 inch.
+  [[nodiscard]] double scale() const { return dpi_.value() / 96.0; }
   [[nodiscard]] HFONT headingFont() const { return heading_font_.get(); }
   [[nodiscard]] HFONT font() const { return font_.get(); }
 
   /// Ground, edge and the program's icon.
-  void ground(player::Canvas& canvas, SIZE size) const;
+  void ground(window::Canvas& canvas, SIZE size) const;
   /// Round a text box; `area` is the box with its edge.
-  void field(player::Canvas& canvas, const RECT& area, bool focus) const;
-  void button(const DRAWITEMSTRUCT& item, bool is_default) const;
+  void field(window::Canvas& canvas, const RECT& area, bool focus) const;
+  void button(const DRAWITEMSTRUCT& item, const ButtonLook& look) const;
 
   /// For WM_CTLCOLORSTATIC and WM_CTLCOLOREDIT.
   [[nodiscard]] LRESULT labelColours(HDC dc, COLORREF text) const;
@@ -42,7 +51,7 @@ class SmallForm {
 
  private:
   const window::Dpi dpi_;
-  const player::Theme theme_;
+  const window::Theme theme_;
   const window::UniqueFont heading_font_;
   const window::UniqueFont font_;
   const window::UniqueBrush background_;

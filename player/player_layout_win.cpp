@@ -27,7 +27,7 @@ PlayerLayout whole(window::Dpi dpi) {
           .lblFormat = at(320, 90, 66, 16),
           .chkSave = at(18, 114, 104, 24),
           .volume = at(134, 116, 20, 20),
-          .Slider1 = at(158, 114, 234, 24),
+          .Slider1 = at(158, 114, 232, 24),
           .subontop = at(312, 5, 26, 26),
           .submini = at(340, 5, 26, 26),
           .hide = at(368, 5, 26, 26),

@@ -1,5 +1,6 @@
 #include "player/player_skin_win.h"
 
+#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -29,7 +30,7 @@ RECT inflated(RECT area, int by) {
 }  // namespace
 
 PlayerSkin::PlayerSkin(window::Dpi dpi, bool mini)
-    : theme_(Theme::current()),
+    : theme_(window::Theme::current()),
       layout_(PlayerLayout::of(dpi, mini)),
       mini_(mini),
       name_font_(window::messageFont(dpi, kNamePercent, FW_SEMIBOLD)),
@@ -45,10 +46,10 @@ PlayerSkin::PlayerSkin(window::Dpi dpi, bool mini)
   if (!theme_.high_contrast) return;
   // The pictures are made for the dark ground.
   for (const auto* picture : {&stop_, &record_off_, &record_on_, &volume_, &pin_, &close_})
-    tint(picture->get(), theme_.text);
+    window::tint(picture->get(), theme_.text);
 }
 
-void PlayerSkin::background(Canvas& canvas, int percent, bool playing) const {
+void PlayerSkin::background(window::Canvas& canvas, int percent, bool playing) const {
   canvas.fill(theme_.background);
   if (!mini_) {
     const double scale = layout_.scale;
@@ -66,10 +67,10 @@ void PlayerSkin::background(Canvas& canvas, int percent, bool playing) const {
     filled.right = progress.left + MulDiv(progress.right - progress.left, percent, 100);
     if (filled.right > filled.left) canvas.bar(filled, halfHeight(progress), theme_.accent);
   }
-  canvas.frame({0, 0, layout_.window.cx, layout_.window.cy}, 0, layout_.scale, theme_.border);
+  framePanel(canvas, layout_.window, layout_.scale, theme_.border);
 }
 
-void PlayerSkin::play(Canvas& canvas, const ControlLook& look) const {
+void PlayerSkin::play(window::Canvas& canvas, const ControlLook& look) const {
   const POINT at = centre(layout_.Image1);
   const double radius = halfHeight(layout_.Image1) - 3 * layout_.scale;
   if (look.on) {
@@ -85,7 +86,7 @@ void PlayerSkin::play(Canvas& canvas, const ControlLook& look) const {
     canvas.ring(at.x, at.y, halfHeight(layout_.Image1), 1.5 * layout_.scale, theme_.text);
 }
 
-void PlayerSkin::stop(Canvas& canvas, const ControlLook& look) const {
+void PlayerSkin::stop(window::Canvas& canvas, const ControlLook& look) const {
   const POINT at = centre(layout_.Image2);
   const double radius = halfHeight(layout_.Image2) - 3 * layout_.scale;
   canvas.disc(at.x, at.y, radius, theme_.surface);
@@ -97,7 +98,7 @@ void PlayerSkin::stop(Canvas& canvas, const ControlLook& look) const {
     canvas.ring(at.x, at.y, halfHeight(layout_.Image2), 1.5 * layout_.scale, theme_.text);
 }
 
-void PlayerSkin::record(Canvas& canvas, const ControlLook& look,
+void PlayerSkin::record(window::Canvas& canvas, const ControlLook& look,
                         const std::wstring& caption) const {
   RECT area = layout_.chkSave;
   smallButton(canvas, area, look);
@@ -110,7 +111,7 @@ void PlayerSkin::record(Canvas& canvas, const ControlLook& look,
               look.on ? theme_.record : theme_.muted);
 }
 
-void PlayerSkin::pin(Canvas& canvas, const ControlLook& look) const {
+void PlayerSkin::pin(window::Canvas& canvas, const ControlLook& look) const {
   smallButton(canvas, layout_.subontop, look);
   if (look.on) {
     const double radius = 5 * layout_.scale;
@@ -120,7 +121,7 @@ void PlayerSkin::pin(Canvas& canvas, const ControlLook& look) const {
   picture(canvas, pin_, layout_.subontop);
 }
 
-void PlayerSkin::mini(Canvas& canvas, const ControlLook& look) const {
+void PlayerSkin::mini(window::Canvas& canvas, const ControlLook& look) const {
   smallButton(canvas, layout_.submini, look);
   const POINT at = centre(layout_.submini);
   const auto units = [this](double size) { return static_cast<LONG>(size * layout_.scale + 0.5); };
@@ -133,13 +134,13 @@ void PlayerSkin::mini(Canvas& canvas, const ControlLook& look) const {
   }
 }
 
-void PlayerSkin::hide(Canvas& canvas, const ControlLook& look) const {
+void PlayerSkin::hide(window::Canvas& canvas, const ControlLook& look) const {
   smallButton(canvas, layout_.hide, look);
   picture(canvas, close_, layout_.hide);
 }
 
-void PlayerSkin::label(Canvas& canvas, Label label, const RECT& area, const std::wstring& text,
-                       bool right_aligned) const {
+void PlayerSkin::label(window::Canvas& canvas, Label label, const RECT& area,
+                       const std::wstring& text, bool right_aligned) const {
   const UINT side = right_aligned ? DT_RIGHT : DT_LEFT;
   canvas.text(text.c_str(), static_cast<int>(text.size()), area,
               DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | side, font(label),
@@ -154,17 +155,18 @@ bool PlayerSkin::isCut(Label label, const RECT& area, const std::wstring& text) 
   return size.cx > area.right - area.left;
 }
 
-void PlayerSkin::smallButton(Canvas& canvas, const RECT& area, const ControlLook& look) const {
+void PlayerSkin::smallButton(window::Canvas& canvas, const RECT& area,
+                             const ControlLook& look) const {
   const double radius = 6 * layout_.scale;
   if (look.hot || look.pressed) canvas.bar(area, radius, theme_.text, look.pressed ? 0.20 : 0.10);
   if (look.focus) focusRing(canvas, area, radius);
 }
 
-void PlayerSkin::focusRing(Canvas& canvas, const RECT& area, double radius) const {
+void PlayerSkin::focusRing(window::Canvas& canvas, const RECT& area, double radius) const {
   canvas.frame(area, radius, 1.5 * layout_.scale, theme_.text);
 }
 
-void PlayerSkin::picture(Canvas& canvas, const window::UniqueBitmap& picture,
+void PlayerSkin::picture(window::Canvas& canvas, const window::UniqueBitmap& picture,
                          const RECT& area) const {
   BITMAP shape{};
   if (GetObjectW(picture.get(), sizeof(shape), &shape) == 0) return;

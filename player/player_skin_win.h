@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "player/canvas_win.h"
 #include "player/player_layout_win.h"
-#include "player/theme_win.h"
+#include "window/canvas.h"
 #include "window/dpi.h"
+#include "window/theme.h"
 #include "window/unique_handle.h"
 
 namespace player {
@@ -27,32 +27,32 @@ class PlayerSkin {
   PlayerSkin(window::Dpi dpi, bool mini);
 
   [[nodiscard]] const PlayerLayout& layout() const { return layout_; }
-  [[nodiscard]] const Theme& theme() const { return theme_; }
+  [[nodiscard]] const window::Theme& theme() const { return theme_; }
 
   /// The window's ground; `percent` of the buffer is filled, negative while none is.
-  void background(Canvas& canvas, int percent, bool playing) const;
+  void background(window::Canvas& canvas, int percent, bool playing) const;
 
-  void play(Canvas& canvas, const ControlLook& look) const;
-  void stop(Canvas& canvas, const ControlLook& look) const;
-  void record(Canvas& canvas, const ControlLook& look, const std::wstring& caption) const;
-  void pin(Canvas& canvas, const ControlLook& look) const;
-  void mini(Canvas& canvas, const ControlLook& look) const;
-  void hide(Canvas& canvas, const ControlLook& look) const;
+  void play(window::Canvas& canvas, const ControlLook& look) const;
+  void stop(window::Canvas& canvas, const ControlLook& look) const;
+  void record(window::Canvas& canvas, const ControlLook& look, const std::wstring& caption) const;
+  void pin(window::Canvas& canvas, const ControlLook& look) const;
+  void mini(window::Canvas& canvas, const ControlLook& look) const;
+  void hide(window::Canvas& canvas, const ControlLook& look) const;
 
   enum class Label { name, song, detail };
-  void label(Canvas& canvas, Label label, const RECT& area, const std::wstring& text,
+  void label(window::Canvas& canvas, Label label, const RECT& area, const std::wstring& text,
              bool right_aligned = false) const;
   /// True if the text is wider than its area.
   [[nodiscard]] bool isCut(Label label, const RECT& area, const std::wstring& text) const;
 
  private:
-  void smallButton(Canvas& canvas, const RECT& area, const ControlLook& look) const;
-  void focusRing(Canvas& canvas, const RECT& area, double radius) const;
+  void smallButton(window::Canvas& canvas, const RECT& area, const ControlLook& look) const;
+  void focusRing(window::Canvas& canvas, const RECT& area, double radius) const;
   /// In the middle of an area.
-  void picture(Canvas& canvas, const window::UniqueBitmap& picture, const RECT& area) const;
+  void picture(window::Canvas& canvas, const window::UniqueBitmap& picture, const RECT& area) const;
   [[nodiscard]] HFONT font(Label label) const;
 
-  Theme theme_;
+  window::Theme theme_;
   PlayerLayout layout_;
   bool mini_;
   window::UniqueFont name_font_, song_font_, detail_font_;

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "player/player_ids.h"
+#include "player/skinmodule_win.h"
 #include "window/gdi.h"
 #include "window/menu.h"
 #include "window/utf.h"
@@ -53,8 +54,8 @@ void PlayerWindow::addControls() {
   addButton(kIdchkSave, BS_AUTOCHECKBOX);
   const HWND trackbar = addControl(
       TRACKBAR_CLASSW, {}, TBS_HORZ | TBS_NOTICKS | TBS_FIXEDLENGTH | WS_TABSTOP, kIdSlider1);
-  slider_.attach(trackbar,
-                 [this](Canvas& canvas) { skin_->background(canvas, buffered_, playing_); });
+  slider_.attach(
+      trackbar, [this](window::Canvas& canvas) { skin_->background(canvas, buffered_, playing_); });
   hook(trackbar);
   addButton(kIdsubontop, BS_OWNERDRAW);
   addButton(kIdsubmini, BS_OWNERDRAW);
@@ -116,8 +117,7 @@ void PlayerWindow::dress() {
     EnableWindow(control(id), IsRectEmpty(area) == FALSE);  // no focus for what is not there
   }
   slider_.setLook(skin_->theme(), layout.scale);
-  SetWindowPos(handle(), nullptr, 0, 0, layout.window.cx, layout.window.cy,
-               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  applyPanel(handle(), layout.window, layout.scale);
   TTTOOLINFOW tool{};
   tool.cbSize = sizeof(tool);
   tool.hwnd = handle();
@@ -154,8 +154,8 @@ void PlayerWindow::paintCheckBox(HWND box) {
   const window::PaintScope paint(box);
   if (!everShown()) return;
   const RECT& area = skin_->layout().chkSave;
-  Canvas canvas(paint.dc(), {area.right - area.left, area.bottom - area.top},
-                {area.left, area.top});
+  window::Canvas canvas(paint.dc(), {area.right - area.left, area.bottom - area.top},
+                        {area.left, area.top});
   skin_->background(canvas, buffered_, playing_);
   const bool pressed = (SendMessageW(box, BM_GETSTATE, 0, 0) & BST_PUSHED) != 0;
   skin_->record(canvas, look(box, pressed, recording_), textOf(kIdchkSave));
@@ -164,12 +164,12 @@ void PlayerWindow::paintCheckBox(HWND box) {
 
 ControlLook PlayerWindow::look(HWND control, bool pressed, bool on) const {
   return {.pressed = pressed,
-          .hot = hot_ == control,
+          .hot = hot_.is(control),
           .focus = by_keyboard_ && GetFocus() == control,
           .on = on};
 }
 
-void PlayerWindow::paintButton(Canvas& canvas, int id, const ControlLook& look) {
+void PlayerWindow::paintButton(window::Canvas& canvas, int id, const ControlLook& look) {
   switch (id) {
     case kIdImage1:
       return skin_->play(canvas, look);
@@ -186,14 +186,14 @@ void PlayerWindow::paintButton(Canvas& canvas, int id, const ControlLook& look) 
   }
 }
 
-void PlayerWindow::paintLabel(Canvas& canvas, int id) {
+void PlayerWindow::paintLabel(window::Canvas& canvas, int id) {
   const PlayerLayout& layout = skin_->layout();
   switch (id) {
     case kIdlblName:
       return skin_->label(canvas, PlayerSkin::Label::name, layout.lblName, shownText(id));
     case kIdlbstation:
     case kIdlblSong:
-      return skin_->label(canvas, PlayerSkin::Label::song, layout.song, textOf(id));
+      return skin_->label(canvas, PlayerSkin::Label::song, layout.song, shownText(id));
     case kIdlblBPS:
       return skin_->label(canvas, PlayerSkin::Label::detail, layout.lblBPS, textOf(id));
     case kIdlblFormat:

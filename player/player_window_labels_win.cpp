@@ -110,6 +110,7 @@ std::wstring PlayerWindow::textOf(int id) const {
 
 std::wstring PlayerWindow::shownText(int id) const {
   std::wstring text = textOf(id);
+  if (id == kIdlblSong && text.empty() && mini_) return shownText(kIdlblName);
   if (id != kIdlblName || (text != L"play" && text != L"stop" && !text.empty())) return text;
   // The two words only switch the picture; until the server tells its name the
   // chosen entry's stands here.

@@ -150,6 +150,7 @@ std::optional<LRESULT> PlayerWindow::onMessage(UINT message, WPARAM wparam, LPAR
 std::optional<LRESULT> PlayerWindow::onControl(HWND at, UINT message, WPARAM wparam,
                                                LPARAM lparam) {
   const int id = GetDlgCtrlID(at);
+  hot_.onMessage(at, message);
   switch (message) {
     case WM_ERASEBKGND:  // all is painted at once
       return 1;
@@ -169,10 +170,6 @@ std::optional<LRESULT> PlayerWindow::onControl(HWND at, UINT message, WPARAM wpa
       ClientToScreen(at, &point);
       return mnupop(point), 0;
     }
-    case WM_MOUSEMOVE:
-      return onPointer(at, true), std::nullopt;
-    case WM_MOUSELEAVE:
-      return onPointer(at, false), std::nullopt;
     default:
       break;
   }
@@ -193,17 +190,6 @@ void PlayerWindow::useKeyboard(bool keyboard) {
   by_keyboard_ = keyboard;
   slider_.showFocus(keyboard);
   InvalidateRect(GetFocus(), nullptr, FALSE);
-}
-
-void PlayerWindow::onPointer(HWND at, bool over) {
-  const HWND now = over ? at : nullptr;
-  if (now == hot_) return;
-  if (hot_ != nullptr) InvalidateRect(hot_, nullptr, FALSE);
-  hot_ = now;
-  InvalidateRect(at, nullptr, FALSE);
-  if (!over) return;
-  TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, at, 0};
-  TrackMouseEvent(&track);
 }
 
 void PlayerWindow::onCommand(int id) {
@@ -272,7 +258,7 @@ void PlayerWindow::submini_Click() {
 
 void PlayerWindow::onPaint() {
   const window::PaintScope paint(window::Window::handle());
-  Canvas canvas(paint.dc(), skin_->layout().window);
+  window::Canvas canvas(paint.dc(), skin_->layout().window);
   skin_->background(canvas, buffered_, playing_);
   canvas.present();
 }
@@ -282,7 +268,7 @@ void PlayerWindow::onDrawItem(const DRAWITEMSTRUCT& item) {
   MapWindowPoints(item.hwndItem, window::Window::handle(), &origin, 1);
   RECT own{};
   GetClientRect(item.hwndItem, &own);
-  Canvas canvas(item.hDC, {own.right, own.bottom}, origin);
+  window::Canvas canvas(item.hDC, {own.right, own.bottom}, origin);
   skin_->background(canvas, buffered_, playing_);
   const int id = static_cast<int>(item.CtlID);
   if (isTextLabel(id)) {

@@ -7,12 +7,13 @@
 
 #include "app/captions.h"
 #include "app/desktop.h"
-#include "player/control_hook_win.h"
 #include "player/player_skin_win.h"
 #include "player/player_view.h"
 #include "player/volume.h"
 #include "player/volume_slider_win.h"
 #include "tray/menu_tree.h"
+#include "window/control_hook.h"
+#include "window/hot_control.h"
 #include "window/menu.h"
 #include "window/ui_queue.h"
 #include "window/window.h"
@@ -39,7 +40,7 @@ struct PlayerWindowParts {
 /// The window `frmNetRadio`: station, song and stream, play and stop, record and
 /// volume; frameless, dragged anywhere, also as one line. The labels may be written
 /// from any thread, everything else is the user-interface thread's.
-class PlayerWindow final : public window::Window, public PlayerView, private ControlHook {
+class PlayerWindow final : public window::Window, public PlayerView, private window::ControlHook {
  public:
   explicit PlayerWindow(const PlayerWindowParts& parts);
   ~PlayerWindow() override;
@@ -95,7 +96,6 @@ class PlayerWindow final : public window::Window, public PlayerView, private Con
   bool onKey(WPARAM key, int focused);
   std::optional<LRESULT> onCheckBox(HWND box, UINT message);
   void useKeyboard(bool keyboard);
-  void onPointer(HWND control, bool over);
   void Timer1_Timer();
   void chkSave_Click();
   void subontop_Click();
@@ -104,8 +104,8 @@ class PlayerWindow final : public window::Window, public PlayerView, private Con
 
   // Painting of controls.
   void paintCheckBox(HWND box);
-  void paintButton(Canvas& canvas, int id, const ControlLook& look);
-  void paintLabel(Canvas& canvas, int id);
+  void paintButton(window::Canvas& canvas, int id, const ControlLook& look);
+  void paintLabel(window::Canvas& canvas, int id);
   [[nodiscard]] ControlLook look(HWND control, bool pressed, bool on) const;
 
   // Labels.
@@ -136,7 +136,7 @@ class PlayerWindow final : public window::Window, public PlayerView, private Con
   bool mini_ = false;
   POINT place_{};             ///< of the window when not minimized
   bool by_keyboard_ = false;  ///< the listener tabs about: the focus shows
-  HWND hot_ = nullptr;        ///< control below the pointer
+  window::HotControl hot_;
 
   /// What is posted from other threads finds out by this whether the window lives.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

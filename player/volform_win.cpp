@@ -6,6 +6,7 @@
 #include <string>
 
 #include "player/player_ids.h"
+#include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
 #include "window/gdi.h"
@@ -44,7 +45,7 @@ VolForm::VolForm(Volume& volume, const tray::MenuTree& menu)
   const HWND trackbar =
       addControl(TRACKBAR_CLASSW, menu.mnuplayervolume.Caption,
                  TBS_HORZ | TBS_NOTICKS | TBS_FIXEDLENGTH | WS_TABSTOP, kIdSlider1);
-  slider_.attach(trackbar, [this](Canvas& canvas) { background(canvas); });
+  slider_.attach(trackbar, [this](window::Canvas& canvas) { background(canvas); });
   hook(trackbar);
   volume_listener_ = volume_.listen([this](int value) {
     slider_.follow(value);
@@ -79,14 +80,13 @@ void VolForm::mnuplayervolume_Click() {
 }
 
 void VolForm::dress() {
-  theme_ = Theme::current();
+  theme_ = window::Theme::current();
   picture_ = window::loadPicture(IDP_VOLUME, kPicture, dpi());
-  if (theme_.high_contrast) tint(picture_.get(), theme_.text);
+  if (theme_.high_contrast) window::tint(picture_.get(), theme_.text);
   font_ = window::messageFont(dpi());
   slider_.setLook(theme_, dpi().value() / 96.0);
   place(slider_.handle(), kSliderLeft, kSliderTop, kSliderWidth, kSliderHeight);
-  SetWindowPos(handle(), nullptr, 0, 0, scale(kSize.cx), scale(kSize.cy),
-               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  applyPanel(handle(), {scale(kSize.cx), scale(kSize.cy)}, dpi().value() / 96.0);
 }
 
 std::optional<LRESULT> VolForm::onMessage(UINT message, WPARAM wparam, LPARAM) {
@@ -120,12 +120,12 @@ std::optional<LRESULT> VolForm::onControl(HWND, UINT message, WPARAM wparam, LPA
 
 void VolForm::onPaint() {
   const window::PaintScope paint(handle());
-  Canvas canvas(paint.dc(), {scale(kSize.cx), scale(kSize.cy)});
+  window::Canvas canvas(paint.dc(), {scale(kSize.cx), scale(kSize.cy)});
   background(canvas);
   canvas.present();
 }
 
-void VolForm::background(Canvas& canvas) const {
+void VolForm::background(window::Canvas& canvas) const {
   const SIZE size{scale(kSize.cx), scale(kSize.cy)};
   canvas.fill(theme_.background);
   if (picture_) {
@@ -136,7 +136,7 @@ void VolForm::background(Canvas& canvas) const {
   canvas.text(percent.c_str(), static_cast<int>(percent.size()),
               {scale(kSliderLeft + kSliderWidth), 0, size.cx - scale(kMargin), size.cy},
               DT_SINGLELINE | DT_VCENTER | DT_RIGHT, font_.get(), theme_.muted);
-  canvas.frame({0, 0, size.cx, size.cy}, 0, dpi().value() / 96.0, theme_.border);
+  framePanel(canvas, size, dpi().value() / 96.0, theme_.border);
 }
 
 }  // namespace player

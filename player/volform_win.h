@@ -2,10 +2,10 @@
 
 #include <optional>
 
-#include "player/control_hook_win.h"
 #include "player/volume.h"
 #include "player/volume_slider_win.h"
 #include "tray/menu_tree.h"
+#include "window/control_hook.h"
 #include "window/unique_handle.h"
 #include "window/window.h"
 
@@ -13,7 +13,7 @@ namespace player {
 
 /// The window `volform`: the volume's slider at the mouse, gone as soon as the
 /// listener turns to something else. User-interface thread.
-class VolForm final : public window::Window, private ControlHook {
+class VolForm final : public window::Window, private window::ControlHook {
  public:
   /// The volume and the menu (whose entry names the slider) outlive this.
   VolForm(Volume& volume, const tray::MenuTree& menu);
@@ -29,12 +29,12 @@ class VolForm final : public window::Window, private ControlHook {
   void onDpiChanged() override { dress(); }
   void dress();
   void onPaint();
-  void background(Canvas& canvas) const;
+  void background(window::Canvas& canvas) const;
 
   Volume& volume_;
   const tray::MenuTree& menu_;
   VolumeSlider slider_;
-  Theme theme_ = Theme::current();
+  window::Theme theme_ = window::Theme::current();
   window::UniqueBitmap picture_;
   window::UniqueFont font_;
   int volume_listener_ = 0;

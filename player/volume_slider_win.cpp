@@ -18,7 +18,7 @@ void VolumeSlider::attach(HWND trackbar, Background background) {
   follow(volume_.get());
 }
 
-void VolumeSlider::setLook(const Theme& theme, double scale) {
+void VolumeSlider::setLook(const window::Theme& theme, double scale) {
   theme_ = theme;
   scale_ = scale;
   SendMessageW(trackbar_, TBM_SETTHUMBLENGTH, static_cast<WPARAM>(16 * scale), 0);
@@ -92,7 +92,7 @@ void VolumeSlider::paint() const {
   GetClientRect(trackbar_, &own);
   POINT origin{};
   MapWindowPoints(trackbar_, GetParent(trackbar_), &origin, 1);
-  Canvas canvas(paint.dc(), {own.right, own.bottom}, origin);
+  window::Canvas canvas(paint.dc(), {own.right, own.bottom}, origin);
   background_(canvas);
 
   RECT thumb{};

@@ -5,9 +5,9 @@
 #include <functional>
 #include <optional>
 
-#include "player/canvas_win.h"
-#include "player/theme_win.h"
 #include "player/volume.h"
+#include "window/canvas.h"
+#include "window/theme.h"
 
 namespace player {
 
@@ -16,13 +16,13 @@ namespace player {
 /// colours. Its parent hands it the trackbar's own messages.
 class VolumeSlider {
  public:
-  using Background = std::function<void(Canvas&)>;
+  using Background = std::function<void(window::Canvas&)>;
 
   explicit VolumeSlider(Volume& volume) : volume_(volume) {}
 
   /// `background` paints what is below the slider, in the parent's coordinates.
   void attach(HWND trackbar, Background background);
-  void setLook(const Theme& theme, double scale);
+  void setLook(const window::Theme& theme, double scale);
 
   /// Whether the focus is marked.
   void showFocus(bool show) { show_focus_ = show; }
@@ -49,7 +49,7 @@ class VolumeSlider {
   Volume& volume_;
   HWND trackbar_ = nullptr;
   Background background_;
-  Theme theme_ = Theme::current();
+  window::Theme theme_ = window::Theme::current();
   double scale_ = 1;
   bool show_focus_ = false;
 };

@@ -13,7 +13,7 @@
 
 #include "player/player_ids.h"
 #include "player/player_window_win.h"
-#include "player/theme_win.h"
+#include "window/theme.h"
 #include "player/volform_win.h"
 #include "tests/wine_desktop.h"
 #include "window/gdi.h"
@@ -120,7 +120,7 @@ TEST_F(PlayerWindowTest, ShowsAnErrorOfAnotherThreadOnItsOwn) {
 
 TEST_F(PlayerWindowTest, SwitchesThePictureWithTheWordsOfTheNameLabel) {
   show();
-  const player::Theme theme = player::Theme::current();
+  const window::Theme theme = window::Theme::current();
   const std::pair<const char*, COLORREF> steps[] = {{"stop", theme.surface},
                                                     {"play", theme.accent},
                                                     {"Radio X", theme.accent},

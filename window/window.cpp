@@ -156,9 +156,15 @@ void Window::centre(bool on_primary) {
   MONITORINFO info{};
   info.cbSize = sizeof(info);
   GetMonitorInfoW(monitor, &info);
+  const RECT& work = info.rcWork;
   RECT own{};
   GetWindowRect(handle_, &own);
-  const RECT& work = info.rcWork;
+  if ((GetWindowLongPtrW(handle_, GWL_STYLE) & WS_THICKFRAME) != 0) {
+    own.right = std::min(own.right, own.left + work.right - work.left);
+    own.bottom = std::min(own.bottom, own.top + work.bottom - work.top);
+    SetWindowPos(handle_, nullptr, 0, 0, own.right - own.left, own.bottom - own.top,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  }
   // One that is larger than the screen shows where it begins.
   const LONG x = std::max(work.left, (work.left + work.right - (own.right - own.left)) / 2);
   const LONG y = std::max(work.top, (work.top + work.bottom - (own.bottom - own.top)) / 2);

@@ -71,7 +71,8 @@ class Window {
   void place(HWND control, int x, int y, int width, int height) const;
   /// Resizes the client area to 96-dpi units at the present density, in place.
   void resizeClient(int width, int height);
-  /// Centres the window in the work area of the primary screen, or of its own.
+  /// Centres the window in the work area of the primary screen, or of its own; one that
+  /// the user can resize is made no larger than that.
   void centre(bool on_primary);
 
  private:

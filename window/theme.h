@@ -2,9 +2,9 @@
 
 #include <windows.h>
 
-namespace player {
+namespace window {
 
-/// The colours of the player's windows.
+/// The colours of the frameless windows.
 struct Theme {
   COLORREF background;
   COLORREF halo;     ///< rings round the play button
@@ -22,4 +22,4 @@ struct Theme {
   static Theme current();
 };
 
-}  // namespace player
+}  // namespace window

@@ -1,10 +1,10 @@
-#include "player/control_hook_win.h"
+#include "window/control_hook.h"
 
 #include <commctrl.h>
 
 #include <exception>
 
-namespace player {
+namespace window {
 
 void ControlHook::hook(HWND control) {
   SetWindowSubclass(control, procedure, 0, reinterpret_cast<DWORD_PTR>(this));
@@ -25,4 +25,4 @@ LRESULT CALLBACK ControlHook::procedure(HWND control, UINT message, WPARAM wpara
   return DefSubclassProc(control, message, wparam, lparam);
 }
 
-}  // namespace player
+}  // namespace window

@@ -1,4 +1,4 @@
-#include "player/canvas_win.h"
+#include "window/canvas.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 
 #include "window/gdi.h"
 
-namespace player {
+namespace window {
 namespace {
 
 constexpr std::uint32_t rgb(COLORREF colour) {
@@ -101,6 +101,11 @@ void Canvas::bar(const RECT& area, double radius, COLORREF colour, double opacit
         [&](double x, double y) { return roundedDistance(x, y, area, radius); });
 }
 
+void Canvas::mask(const RECT& area, double radius, COLORREF colour) {
+  shape(area, colour, 1,
+        [&](double x, double y) { return roundedDistance(x, y, area, radius) < 0 ? -1.0 : 1.0; });
+}
+
 void Canvas::frame(const RECT& area, double radius, double width, COLORREF colour) {
   shape(area, colour, 1, [&](double x, double y) {
     return std::abs(roundedDistance(x, y, area, radius) + width / 2) - width / 2;
@@ -109,7 +114,7 @@ void Canvas::frame(const RECT& area, double radius, double width, COLORREF colou
 
 void Canvas::text(const wchar_t* text, int length, RECT area, UINT format, HFONT font,
                   COLORREF colour) {
-  const window::SelectScope selected(dc(), font);
+  const SelectScope selected(dc(), font);
   SetBkMode(dc(), TRANSPARENT);
   SetTextColor(dc(), colour);
   DrawTextW(dc(), text, length, &area, format | DT_NOPREFIX);
@@ -131,4 +136,4 @@ void tint(HBITMAP picture, COLORREF colour) {
   }
 }
 
-}  // namespace player
+}  // namespace window

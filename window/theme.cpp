@@ -1,6 +1,6 @@
-#include "player/theme_win.h"
+#include "window/theme.h"
 
-namespace player {
+namespace window {
 
 Theme Theme::current() {
   HIGHCONTRASTW contrast{};
@@ -31,4 +31,4 @@ Theme Theme::current() {
           .high_contrast = false};
 }
 
-}  // namespace player
+}  // namespace window

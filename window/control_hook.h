@@ -4,7 +4,7 @@
 
 #include <optional>
 
-namespace player {
+namespace window {
 
 /// A window that sees its controls' messages before they do: keys, wheel, and the
 /// painting of those that are painted whole. The controls must be gone before it.
@@ -27,4 +27,4 @@ class ControlHook {
                                     UINT_PTR id, DWORD_PTR self) noexcept;
 };
 
-}  // namespace player
+}  // namespace window
