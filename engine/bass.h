@@ -102,7 +102,9 @@ typedef struct {
 /* Downloaded bytes, in order, on a thread of the stream's own, when the decoder has
  * passed them; titles are already taken out, and told (BASS_SYNC_META) between the
  * bytes they stand between. length 0 with a text: a status or header line of the server
- * (BASS_STREAM_STATUS). length 0 without a buffer: end of the download. */
+ * (BASS_STREAM_STATUS), also while a lost connection is made again. length 0 without
+ * a buffer: end of the download; a lost connection is none. May stop the stream, with
+ * handle 0 while it is still being opened. */
 typedef void(BASS_CALL DOWNLOADPROC)(const void* buffer, BASS_DWORD length, uintptr_t user);
 
 /* On the engine's own thread; must not stop or free the stream. */
@@ -149,7 +151,8 @@ BASS_BOOL BASS_API BASS_ChannelGetInfo(BASS_DWORD handle, BASS_CHANNELINFO* info
 BASS_BOOL BASS_API BASS_ChannelSetAttributes(BASS_DWORD handle, int freq, int volume, int pan);
 BASS_BOOL BASS_API BASS_ChannelPlay(BASS_DWORD handle, BASS_BOOL restart);
 /* Ends the stream's sound and its network use; the handle stays valid until
- * freed. */
+ * freed. 0 (which fails with HANDLE) ends the BASS_StreamCreateURL calls under way;
+ * one that comes too soon for that can be made up for in the download callback. */
 BASS_BOOL BASS_API BASS_ChannelStop(BASS_DWORD handle);
 
 #ifdef __cplusplus

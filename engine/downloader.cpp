@@ -17,11 +17,12 @@ constexpr unsigned kSmallestCushion = 100;
 
 Downloader::Downloader(Url url, const Interrupt& interrupt, DownloadBuffer& buffer,
                        StatusSink status)
-    : url_(std::move(url)),
-      interrupt_(interrupt),
-      buffer_(buffer),
-      status_(std::move(status)),
-      thread_([this] { run(); }) {}
+    : url_(std::move(url)), interrupt_(interrupt), buffer_(buffer), status_(std::move(status)) {}
+
+void Downloader::start() {
+  const Lock lock(join_mutex_);
+  thread_ = std::thread([this] { run(); });
+}
 
 Downloader::~Downloader() {
   join();

@@ -22,6 +22,8 @@ class Downloader {
   Downloader(const Downloader&) = delete;
   Downloader& operator=(const Downloader&) = delete;
 
+  /// Starts the thread.
+  void start();
   /// Waits for the server's answer. The head stays as it is from then on.
   NetError waitForAnswer();
   const ResponseHead& head() const { return head_; }

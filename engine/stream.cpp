@@ -66,6 +66,7 @@ void Stream::close() {
 }
 
 int Stream::open(const std::vector<Codec>& codecs) {
+  downloader_.start();
   const NetError error = downloader_.waitForAnswer();
   if (interrupt_.isSet()) return BASS_ERROR_HANDLE;
   if (error != NetError::none) return bassError(error);

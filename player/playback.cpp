@@ -30,6 +30,13 @@ long percentFilled(BASS_DWORD downloaded, BASS_DWORD current, BASS_DWORD total) 
   return std::lrint(static_cast<double>(downloaded - current) * 100 / total);
 }
 
+/// "HTTP/1.0 200 OK" and the like.
+bool isGoodAnswer(std::string_view status_line) {
+  const std::size_t space = status_line.find(' ');
+  return space != std::string_view::npos && status_line.substr(space + 1).starts_with('2') &&
+         (status_line.starts_with("HTTP/") || status_line.starts_with("ICY "));
+}
+
 }  // namespace
 
 std::atomic<Playback*> Playback::current_ = nullptr;
@@ -56,8 +63,6 @@ void Playback::startplayer(int index) {
     parts_.view.lblName("stop");
     parts_.desktop.beep();
     parts_.view.showPlaying(active_);  // the label has changed the picture
-    // A stop may have come just before the library knew of the connection.
-    if (stopped()) parts_.library.ChannelStop(stream());
     return;
   }
   if (worker_.joinable()) worker_.join();  // it has ended
@@ -66,10 +71,10 @@ void Playback::startplayer(int index) {
   {
     std::lock_guard lock(mutex_);
     stopped_ = false;
+    playerthread_ = true;
+    active_ = true;
     parts_.view.lblName("stop");
   }
-  playerthread_ = true;
-  active_ = true;
   parts_.view.showPlaying(true);  // before the worker can say otherwise
   try {
     worker_ = std::jthread([this, index] { PlayStreamThread(index); });
@@ -128,13 +133,20 @@ void Playback::PlayStreamThread(int entry) {
   } catch (const std::exception&) {  // no memory: nothing plays
     show(&PlayerView::lblSong, "not playing");
   }
+  std::lock_guard lock(mutex_);
   playerthread_ = false;
+  if (ended_) showEnd();
 }
 
 bool Playback::openStream(int entry) {
   show(&PlayerView::lblSong, msgplayerstatus_);
   show(&PlayerView::lblBPS, "");
   freeStream();
+  {
+    std::lock_guard lock(mutex_);
+    ended_ = false;
+    bitrate_.clear();
+  }
   parts_.recorder.begin();
 
   // An entry that the mapping sends beyond the list has no address to play.
@@ -193,7 +205,10 @@ void Playback::readHeaders() {
       named = true;
       show(&PlayerView::lblName, std::string(text.substr(kName.size())));
     } else if (text.starts_with(kBitrate)) {
-      show(&PlayerView::lblBPS, "bitrate: " + std::string(text.substr(kBitrate.size())));
+      const std::string bitrate = "bitrate: " + std::string(text.substr(kBitrate.size()));
+      show(&PlayerView::lblBPS, bitrate);
+      std::lock_guard lock(mutex_);
+      bitrate_ = bitrate;
     }
   }
   // Without a name the label would go on telling of the buffer.
@@ -249,11 +264,38 @@ void Playback::DoMeta(const char* tag) {
 
 void Playback::received(const void* buffer, BASS_DWORD length) {
   if (buffer == nullptr)
-    parts_.recorder.downloadEnded();
+    ended();
   else if (length == 0)
-    show(&PlayerView::lblBPS, static_cast<const char*>(buffer));
+    serverText(static_cast<const char*>(buffer));
   else
     parts_.recorder.bytes({static_cast<const std::byte*>(buffer), length});
+}
+
+void Playback::serverText(const std::string& text) {
+  // A stop may have come just before the library knew of the connection.
+  if (stopped()) {
+    parts_.library.ChannelStop(stream());
+    return;
+  }
+  show(&PlayerView::lblBPS, text);
+  // A lost connection is there again: nothing more to tell of it.
+  std::unique_lock lock(mutex_);
+  const std::string bitrate = isGoodAnswer(text) ? bitrate_ : "";
+  lock.unlock();
+  if (!bitrate.empty()) show(&PlayerView::lblBPS, bitrate);
+}
+
+void Playback::ended() {
+  parts_.recorder.downloadEnded();
+  std::lock_guard lock(mutex_);
+  ended_ = true;
+  if (!playerthread_) showEnd();
+}
+
+void Playback::showEnd() {
+  if (stopped_) return;
+  active_ = false;
+  parts_.view.lblName("stop");
 }
 
 HSTREAM Playback::stream() {

@@ -84,6 +84,9 @@ class Playback {
   // Any thread.
   void DoMeta(const char* tag);
   void received(const void* buffer, BASS_DWORD length);
+  void serverText(const std::string& text);
+  void ended();
+  void showEnd();  // under mutex_
   void freeStream();
   [[nodiscard]] HSTREAM stream();
 
@@ -104,7 +107,9 @@ class Playback {
   std::mutex mutex_;
   std::condition_variable stop_signal_;
   bool stopped_ = true;  // guarded by mutex_
+  bool ended_ = false;   // guarded by mutex_: the stream has, by itself
   HSTREAM hStream_ = 0;  // guarded by mutex_
+  std::string bitrate_;  // guarded by mutex_: as shown, once the headers are known
 
   std::atomic<bool> active_ = false;
   std::atomic<bool> playerthread_ = false;  // a worker runs

@@ -109,8 +109,8 @@ TEST(Stream, TellsTitlesAtTheirPlaceAmongTheExactBytes) {
     return bytes;
   };
   const size_t length = piece(0, 20).size();
-  server.send(kHead + "icy-metaint:1000\r\nContent-Length: " + std::to_string(length) +
-              "\r\n\r\n" + piece(0, 8));
+  server.send(kHead + "icy-metaint:1000\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n" +
+              piece(0, 8));
   const HSTREAM stream = opening.get();
   ASSERT_NE(0u, stream);
   while (BASS_StreamGetFilePosition(stream, BASS_FILEPOS_DOWNLOAD) < 8 * kInterval) {
@@ -234,6 +234,14 @@ INSTANTIATE_TEST_SUITE_P(Stream, GivesUp,
                                          Stuck{"hang-body-100", false},
                                          Stuck{"slow-drip-10", false}, Stuck{nullptr, true},
                                          Stuck{"hang", true}, Stuck{"slow-drip-10", true}));
+
+TEST(Stream, CanBeStoppedFromItsVeryFirstStatusText) {
+  Session session;
+  const auto stop = [](const void*, BASS_DWORD, uintptr_t) { BASS_ChannelStop(0); };
+  const std::string url = radio().stream(radio().station("mp3", 44100), "hang");
+  EXPECT_EQ(0u, BASS_StreamCreateURL(url.c_str(), 0, BASS_STREAM_STATUS, stop, 0));
+  EXPECT_EQ(BASS_ERROR_HANDLE, BASS_ErrorGetCode());
+}
 
 TEST(Stream, EndsThePlayersWaitForTheBufferWhenStopped) {
   Listener listener;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "player/audio_setup.h"
 #include "player/channel_type.h"
 #include "player/playback.h"
@@ -285,6 +287,47 @@ TEST_F(PlaybackTest, ShowsStatusTextsAndLaterTitles) {
   EXPECT_EQ(view.now("lblSong"), "Next");
   fake.sync(1, 77, 0, 0);
   EXPECT_EQ(view.now("lblSong"), "Next");
+}
+
+TEST_F(PlaybackTest, ShowsTheBitrateAgainWhenALostConnectionIsBack) {
+  fake.icy_headers = std::string("icy-br:128\0", 11);
+  startUntil("ChannelPlay");
+  for (const char* text : {"reconnecting...", "HTTP/1.0 503 Full", "ICY 200 OK"}) send(text);
+  const Texts shown = view.history("lblBPS");
+  ASSERT_GE(shown.size(), 4U);
+  EXPECT_EQ(Texts(shown.end() - 4, shown.end()),
+            (Texts{"reconnecting...", "HTTP/1.0 503 Full", "ICY 200 OK", "bitrate: 128"}));
+}
+
+TEST_F(PlaybackTest, ShowsThatAStreamHasEnded) {
+  startUntil("ChannelPlay");
+  ASSERT_TRUE(playback.isActive());
+  fake.download(nullptr, 0, 0);
+  ASSERT_TRUE(view.waitFor("lblName", "stop"));
+  EXPECT_FALSE(playback.isActive());
+  // The end of what is being replaced says nothing of the next.
+  fake.open_hangs = true;
+  do {
+    desktop.beeps = 0;
+    playback.startplayer(0);
+  } while (desktop.beeps > 0);
+  fake.download(nullptr, 0, 0);
+  EXPECT_TRUE(playback.isActive());
+}
+
+TEST_F(PlaybackTest, RepeatsAStopThatCameBeforeTheLibraryKnewOfTheStream) {
+  fake.open_hangs = true;
+  startUntil("StreamCreateURL");
+  playback.stopplayer();
+  const auto stops = [&] {
+    const Texts calls = fake.calls();
+    return std::count_if(calls.begin(), calls.end(),
+                         [](const std::string& call) { return call.starts_with("ChannelStop"); });
+  };
+  EXPECT_EQ(stops(), 1);
+  send("connecting...");
+  EXPECT_EQ(stops(), 2);
+  EXPECT_EQ(view.history("lblBPS").back(), "");
 }
 
 TEST_F(PlaybackTest, FollowsTheVolumeWhileItPlays) {
