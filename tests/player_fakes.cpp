@@ -52,9 +52,9 @@ BASS_BOOL BASS_API pluginFree(HPLUGIN plugin) {
 }
 HSTREAM BASS_API streamCreateURL(const char* url, BASS_DWORD offset, BASS_DWORD flags,
                                  DOWNLOADPROC* proc, uintptr_t user) {
+  fake->download = proc;
   fake->note("StreamCreateURL " + std::string(url) + " " +
              list({offset, flags, static_cast<long long>(user)}));
-  fake->download = proc;
   fake->hangWhileOpening();
   return fake->stream;
 }
