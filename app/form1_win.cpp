@@ -22,20 +22,11 @@ tray::Popup popupOf(int key) {
   return {static_cast<Kind>(key / tray::kGenres), key % tray::kGenres};
 }
 
-/// Titles come from strangers and are shown as they are; our own captions may mark
-/// a letter.
-bool isTitle(tray::Control control) {
-  using tray::Control;
-  return control == Control::subgenre || control == Control::subspecial ||
-         control == Control::subfavs || control == Control::substream;
-}
-
 window::MenuLine menuLine(const tray::Line& line) {
   return {.caption = line.item->Caption,
           .separator = line.item->isSeparator(),
           .checked = line.item->Checked,
           .enabled = line.item->Enabled,
-          .mnemonics = !isTitle(line.click.control),
           .submenu = line.submenu == nullptr ? -1 : keyOf(*line.submenu)};
 }
 
@@ -76,15 +67,14 @@ BOOL CALLBACK findUsable(HWND window, LPARAM found) noexcept {
   return FALSE;
 }
 
-/// A click on the icon while a dialog waits for its answer leads the user there.
-void showWaitingDialog() {
+}  // namespace
+
+void Form1::showWaitingDialog() {
   Waiting waiting;
   EnumThreadWindows(GetCurrentThreadId(), findUsable, reinterpret_cast<LPARAM>(&waiting));
   const HWND front = waiting.dialog != nullptr ? waiting.dialog : waiting.other;
   if (front != nullptr) SetForegroundWindow(front);
 }
-
-}  // namespace
 
 Form1::Form1(tray::MenuTree& tree, Form1Events events)
     : tree_(tree),

@@ -41,6 +41,9 @@ class Form1 final : public window::Window {
   Form1(tray::MenuTree& tree, Form1Events events);
   ~Form1() override;
 
+  /// Leads the user to the dialog or message box that waits for an answer.
+  static void showWaitingDialog();
+
  private:
   /// The popups that a mouse action of the settings can choose.
   static std::optional<tray::Popup> popupFor(int mouse_action);

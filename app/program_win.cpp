@@ -115,16 +115,19 @@ void Program::editfavs() {
   if (after) directory::reorganise(tree_, kList, before, *after);
 }
 
-void Program::searchform() {
-  if (asking()) return;
+bool Program::searchform() {
+  if (asking()) return false;
   const auto words = dialogs::SearchForm(captions_, form1_.handle(), search_words_).ask();
   if (words) search_words_ = *words;
   query_.setSearchText(words.value_or("-"));
+  return true;
 }
 
-/// A dialog or message box waits for its answer; a click on the icon leads there.
+/// A dialog or message box waits for its answer; it is brought to the front.
 bool Program::asking() const {
-  return IsWindowEnabled(form1_.handle()) == FALSE;
+  if (IsWindowEnabled(form1_.handle()) != FALSE) return false;
+  Form1::showWaitingDialog();
+  return true;
 }
 
 Form1Events Program::form1Events() {

@@ -54,7 +54,7 @@ class Program final : private tray::MenuActions {
   void lbstation(std::string_view caption) override;
   void mgenreall_Click() override { reload_.reloadall(); }
   void editfavs() override;
-  void searchform() override;
+  bool searchform() override;
   void mnusetup_Click() override;
   void mnuabout_Click() override;
   void mnuquit_Click() override { shutDown(); }

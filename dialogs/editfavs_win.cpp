@@ -9,6 +9,7 @@
 #include "dialogs/form_layout_win.h"
 #include "res/resource.h"
 #include "window/font.h"
+#include "window/mnemonics.h"
 #include "window/utf.h"
 
 namespace dialogs {
@@ -87,9 +88,12 @@ void EditFavs::addControls(const app::Captions& captions) {
   column.mask = LVCF_TEXT;
   column.pszText = header.data();
   SendMessageW(list(), LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-  addControl(WC_BUTTONW, captions.get("editfavs.Command1"), WS_TABSTOP, kIdCommand1);
-  addControl(WC_BUTTONW, captions.get("editfavs.Command2"), BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
-  addControl(WC_BUTTONW, captions.get("editfavs.Command3"), WS_TABSTOP, IDCANCEL);
+  addControl(WC_BUTTONW, window::Mnemonics().mark(captions.get("editfavs.Command1")), WS_TABSTOP,
+             kIdCommand1);
+  addControl(WC_BUTTONW, window::Mnemonics::plain(captions.get("editfavs.Command2")),
+             BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
+  addControl(WC_BUTTONW, window::Mnemonics::plain(captions.get("editfavs.Command3")), WS_TABSTOP,
+             IDCANCEL);
 }
 
 void EditFavs::fill() {

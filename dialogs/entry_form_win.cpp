@@ -9,6 +9,7 @@
 #include "dialogs/form_layout_win.h"
 #include "res/resource.h"
 #include "window/font.h"
+#include "window/mnemonics.h"
 #include "window/utf.h"
 
 namespace dialogs {
@@ -40,12 +41,13 @@ EntryForm::EntryForm(const app::Captions& captions, std::string_view form, HWND 
           .owner = owner,
           .icon = IDI_NORMAL});
   constexpr DWORD kBox = ES_AUTOHSCROLL | WS_TABSTOP;
-  addControl(WC_STATICW, caption("Label1"), SS_ENDELLIPSIS, kIdLabel1);
+  window::Mnemonics letters;
+  addControl(WC_STATICW, letters.mark(caption("Label1")), SS_ENDELLIPSIS, kIdLabel1);
   addControl(WC_EDITW, entry.title, kBox, kIdText1, WS_EX_CLIENTEDGE);
-  addControl(WC_STATICW, caption("Label2"), SS_ENDELLIPSIS, kIdLabel2);
+  addControl(WC_STATICW, letters.mark(caption("Label2")), SS_ENDELLIPSIS, kIdLabel2);
   addControl(WC_EDITW, entry.url, kBox, kIdText2, WS_EX_CLIENTEDGE);
-  addControl(WC_BUTTONW, caption("Command1"), BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
-  addControl(WC_BUTTONW, caption("Command2"), WS_TABSTOP, IDCANCEL);
+  addControl(WC_BUTTONW, letters.plain(caption("Command1")), BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
+  addControl(WC_BUTTONW, letters.plain(caption("Command2")), WS_TABSTOP, IDCANCEL);
   for (const int box : {kIdText1, kIdText2}) SendMessageW(control(box), EM_SETLIMITTEXT, 0, 0);
   dress();
   updateOk();

@@ -66,7 +66,8 @@ struct Control {
   DWORD ex_style = 0;
 };
 
-inline constexpr DWORD kLabelStyle = SS_NOPREFIX;
+inline constexpr DWORD kLabelStyle = SS_LEFT;     // of the control after it
+inline constexpr DWORD kTextStyle = SS_NOPREFIX;  // stands for itself
 inline constexpr DWORD kCheckStyle = BS_AUTOCHECKBOX | WS_TABSTOP;
 inline constexpr DWORD kEditStyle = ES_AUTOHSCROLL | WS_TABSTOP;
 inline constexpr DWORD kComboStyle = CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP;
@@ -90,7 +91,7 @@ inline constexpr Control kControls[] = {
     {kImage4_3, kProgram, UPDOWN_CLASSW, nullptr, 0},
     {kFrame1, kProgram, WC_BUTTONW, "Frame1", BS_GROUPBOX},
     {kIc1, kProgram, WC_COMBOBOXW, nullptr, kComboStyle},
-    {kLabel2, kProgram, WC_STATICW, "Label2", kLabelStyle | SS_ENDELLIPSIS},
+    {kLabel2, kProgram, WC_STATICW, "Label2", kTextStyle | SS_ENDELLIPSIS},
 
     {kFrame4, kPlayer, WC_BUTTONW, "Frame4", BS_GROUPBOX},
     {kOption1_0, kPlayer, WC_BUTTONW, "Option1(0)", BS_AUTORADIOBUTTON | WS_TABSTOP | WS_GROUP},
@@ -98,7 +99,7 @@ inline constexpr Control kControls[] = {
     {kOption1_2, kPlayer, WC_BUTTONW, "Option1(2)", BS_AUTORADIOBUTTON},
     {kText3, kPlayer, WC_EDITW, nullptr, kEditStyle | WS_GROUP, WS_EX_CLIENTEDGE},
     {kCommand5, kPlayer, WC_BUTTONW, nullptr, WS_TABSTOP},
-    {kLabel12, kPlayer, WC_STATICW, "Label12", kLabelStyle},
+    {kLabel12, kPlayer, WC_STATICW, "Label12", kTextStyle},
     {kCheck5, kPlayer, WC_BUTTONW, "Check5", kCheckStyle},
 
     {kFrame2, kGenres, WC_BUTTONW, "Frame2", BS_GROUPBOX},

@@ -157,7 +157,16 @@ void Form2::placePlayerPage(int left, int width) {
 void Form2::placeGenresPage(int left, int width) {
   const int top = kMargin + kFrameTop;
   const int buttons = kMargin + kPageHeight - kMargin - kFormButton;
+  const HWND list = control(kList1);
   placeAt(kList1, left, top, width, buttons - kGap - top);
+  // Its last line whole.
+  RECT own{}, inside{};
+  GetWindowRect(list, &own);
+  GetClientRect(list, &inside);
+  const int line = static_cast<int>(SendMessageW(list, LB_GETITEMHEIGHT, 0, 0));
+  SetWindowPos(list, nullptr, 0, 0, own.right - own.left,
+               own.bottom - own.top - static_cast<int>(inside.bottom) % std::max(line, 1),
+               SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
   placeButtons({kCommand1, kCommand2}, left, buttons);
 }
 
@@ -168,10 +177,8 @@ void Form2::placeOwnEntriesPage(int left, int width) {
   placeButtons({kCommand6, kCommand7, kCommand8}, left, buttons);
   RECT inside{};
   GetClientRect(control(kListView1), &inside);
-  const int column = (static_cast<int>(inside.right) - GetSystemMetrics(SM_CXVSCROLL)) / 2;
-  for (WPARAM i = 0; i < 2; ++i) {
-    SendMessageW(control(kListView1), LVM_SETCOLUMNWIDTH, i, std::max(column, 1));
-  }
+  SendMessageW(control(kListView1), LVM_SETCOLUMNWIDTH, 0, inside.right * 2 / 5);
+  SendMessageW(control(kListView1), LVM_SETCOLUMNWIDTH, 1, inside.right - inside.right * 2 / 5);
 }
 
 void Form2::placeSystrayPage(int left, int width) {

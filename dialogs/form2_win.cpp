@@ -1,10 +1,13 @@
 #include "dialogs/form2_win.h"
 
+#include <array>
+
 #include "app/files.h"
 #include "dialogs/file_chooser_win.h"
 #include "dialogs/form2_controls_win.h"
 #include "dialogs/startup_shortcut_win.h"
 #include "res/resource.h"
+#include "window/mnemonics.h"
 #include "window/utf.h"
 
 namespace dialogs {
@@ -27,6 +30,18 @@ void addString(HWND control, UINT message, std::string_view text) {
 
 std::string indexed(const char* name, int index) {
   return "Form2." + std::string(name) + "(" + std::to_string(index) + ")";
+}
+
+/// A control's caption as its window text.
+std::string shown(const Control& item, const std::string& caption,
+                  std::array<window::Mnemonics, kPages>& letters) {
+  const std::wstring_view window_class = item.window_class;
+  const bool is_label = window_class == WC_STATICW && (item.style & SS_NOPREFIX) == 0;
+  if (window_class != WC_BUTTONW && !is_label) return caption;
+  const bool is_group = !is_label && (item.style & BS_TYPEMASK) == BS_GROUPBOX;
+  const bool has_letter = item.page != kAll && (!is_group || item.id == kFrame1);
+  if (!has_letter) return window::Mnemonics::plain(caption);
+  return letters[static_cast<std::size_t>(item.page)].mark(caption);
 }
 
 }  // namespace
@@ -52,10 +67,12 @@ Form2::~Form2() {
 void Form2::addControls() {
   INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_LISTVIEW_CLASSES | ICC_UPDOWN_CLASS};
   InitCommonControlsEx(&classes);
+  std::array<window::Mnemonics, kPages> letters;  // of each page
   for (const Control& item : kControls) {
     const std::string caption =
         item.caption == nullptr ? "" : parts_.captions.get(std::string("Form2.") + item.caption);
-    addControl(item.window_class, caption, item.style, item.id, item.ex_style);
+    addControl(item.window_class, shown(item, caption, letters), item.style, item.id,
+               item.ex_style);
   }
   control_of_pages_ = control(kList2);
   for (const int id : {kCommand5, kCommand9, kCommand10}) setText(id, "...");

@@ -7,6 +7,7 @@
 #include "dialogs/form_layout_win.h"
 #include "res/resource.h"
 #include "window/font.h"
+#include "window/mnemonics.h"
 #include "window/utf.h"
 
 namespace dialogs {
@@ -46,7 +47,8 @@ Form4::Form4(const app::Captions& captions, const app::Paths& paths, std::string
   addControl(WC_STATICW, {}, SS_NOPREFIX, kLabel1);
   addControl(WC_BUTTONW, {}, BS_GROUPBOX, kFrame2);
   addControl(WC_COMBOBOXW, {}, CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP, kIc1);
-  addControl(WC_BUTTONW, captions_.get("Form4.Command1"), BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
+  addControl(WC_BUTTONW, window::Mnemonics::plain(captions_.get("Form4.Command1")),
+             BS_DEFPUSHBUTTON | WS_TABSTOP, IDOK);
   for (const app::Language& item : languages_) {
     SendMessageW(control(kIc1), CB_ADDSTRING, 0,
                  reinterpret_cast<LPARAM>(window::toWide(item.text).c_str()));
@@ -94,7 +96,11 @@ void Form4::showTexts(const app::ChooserTexts& texts) {
   const bool english = key() == app::kBuiltInKey;
   const auto show = [&](int id, const char* name, const std::optional<std::string>& text) {
     if (!text && !english) return;  // what a file leaves out stays as it is
-    SetWindowTextW(control(id), window::toWide(text ? *text : captions_.get(name)).c_str());
+    const std::string& caption = text ? *text : captions_.get(name);
+    const std::string shown = id == kLabel1   ? caption
+                              : id == kFrame2 ? window::Mnemonics().mark(caption)
+                                              : window::Mnemonics::plain(caption);
+    SetWindowTextW(control(id), window::toWide(shown).c_str());
   };
   show(kFrame1, "Form4.Frame1", texts.frame1);
   show(kLabel1, "Form4.Label1", texts.label1);

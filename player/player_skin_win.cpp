@@ -1,5 +1,7 @@
 #include "player/player_skin_win.h"
 
+#include <algorithm>
+
 #include "player/skinmodule_win.h"
 #include "res/resource.h"
 #include "window/font.h"
@@ -104,8 +106,9 @@ void PlayerSkin::record(window::Canvas& canvas, const ControlLook& look,
   smallButton(canvas, area, look);
   const LONG height = area.bottom - area.top;
   picture(canvas, look.on ? record_on_ : record_off_,
-          {area.left, area.top, area.left + height + 4, area.bottom});
+          {area.left, area.top, std::min(area.left + height + 4, area.right), area.bottom});
   area.left += height + static_cast<LONG>(6 * layout_.scale);
+  if (area.left >= area.right) return;  // the mark alone
   canvas.text(caption.c_str(), static_cast<int>(caption.size()), area,
               DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS, detail_font_.get(),
               look.on ? theme_.record : theme_.muted);

@@ -89,7 +89,7 @@ void PlayerWindow::addTips() {
   tool.hwnd = handle();
   tool.lpszText = LPSTR_TEXTCALLBACKW;
   tool.uFlags = TTF_SUBCLASS | TTF_IDISHWND;
-  for (const int id : {kIdImage1, kIdImage2, kIdsubontop, kIdsubmini, kIdHide}) {
+  for (const int id : {kIdImage1, kIdImage2, kIdchkSave, kIdsubontop, kIdsubmini, kIdHide}) {
     tool.uId = reinterpret_cast<UINT_PTR>(control(id));
     SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
   }

@@ -9,7 +9,7 @@ set(KESTREL_RADIO ${PROJECT_SOURCE_DIR}/build/native/service CACHE PATH "Folder 
 set(desktop_tools ${PROJECT_BINARY_DIR}/desktop-tools)
 add_executable(probe desktop/probe.cpp desktop/probe_windows.cpp desktop/probe_processes.cpp)
 add_executable(recorder WIN32 desktop/recorder.cpp)
-add_library(agent MODULE desktop/agent.cpp)
+add_library(agent MODULE desktop/agent.cpp desktop/agent_menus.cpp desktop/agent_measure.cpp)
 set_target_properties(agent PROPERTIES PREFIX "")
 foreach(tool probe recorder agent)
   target_link_libraries(${tool} PRIVATE kestrel_flags)
@@ -25,3 +25,5 @@ foreach(file ${desktop_tests})
   set_tests_properties(${subject} PROPERTIES LABELS desktop TIMEOUT 240 RUN_SERIAL TRUE ENVIRONMENT
     "KESTREL_PROGRAM=${PROJECT_BINARY_DIR}/kestrel;KESTREL_TOOLS=${desktop_tools};KESTREL_RADIO=${KESTREL_RADIO};KESTREL_PICTURES=${PROJECT_SOURCE_DIR}/build/pictures")
 endforeach()
+# Every window on three screens.
+set_tests_properties(desktop_windows PROPERTIES TIMEOUT 600)

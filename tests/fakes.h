@@ -78,6 +78,7 @@ class FakeActions final : public tray::MenuActions {
  public:
   std::vector<std::string> calls;
   std::function<void()> searching;  ///< while the search dialog is open
+  bool asking = false;              ///< another dialog is open, so that it does not
 
   void startplayer(int index) override { calls.push_back("start " + std::to_string(index)); }
   void stopplayer() override { calls.emplace_back("stop"); }
@@ -89,9 +90,11 @@ class FakeActions final : public tray::MenuActions {
   }
   void mgenreall_Click() override { calls.emplace_back("reload all"); }
   void editfavs() override { calls.emplace_back("organiser"); }
-  void searchform() override {
+  bool searchform() override {
     calls.emplace_back("search");
+    if (asking) return false;
     if (searching) std::exchange(searching, nullptr)();
+    return true;
   }
   void mnusetup_Click() override { calls.emplace_back("setup"); }
   void mnuabout_Click() override { calls.emplace_back("about"); }

@@ -324,6 +324,17 @@ TEST_F(SearchTest, TheDialogOpensOnceAndTheListIsMeantWhateverElseIsDone) {
   EXPECT_EQ(tree_.subgenre(7)[0].Caption, "Reload");
 }
 
+TEST_F(SearchTest, NothingIsSearchedForWhileAnotherDialogIsOpen) {
+  query_.setSearchText("jazz");  // of an earlier search
+  actions_.asking = true;
+  click(1);
+  EXPECT_TRUE(transfer_.requests.empty());
+  EXPECT_TRUE(atRest());
+  transfer_.answer("x");
+  click(0);
+  EXPECT_EQ(transfer_.requests.back(), "http://h/f.pls") << "that was no Cancel";
+}
+
 TEST_F(SearchTest, ASearchDuringAReloadOfAllComesFirst) {
   answerPages(2);
   transfer_.answer(row("hit", "1"));

@@ -12,6 +12,7 @@
 #include "tests/wine_desktop.h"
 #include "tray/tray_icon_win.h"
 #include "window/menu.h"
+#include "window/mnemonics.h"
 #include "window/picture.h"
 #include "window/single_instance.h"
 #include "window/ui_queue.h"
@@ -164,27 +165,39 @@ TEST(UiQueue, DropsWhatComesAfterItsEnd) {
   EXPECT_EQ(runs, 0);
 }
 
-TEST(MenuText, ShowsTitlesAsTheyAre) {
+TEST(MenuText, ShowsCaptionsAsTheyAre) {
   struct Case {
     const char* caption;
-    bool mnemonics;
     const wchar_t* shown;
   };
   const Case cases[] = {
-      {"Drum & Bass", false, L"Drum && Bass"},
-      {"&Quit", true, L"&Quit"},
-      {"Rock & Roll", true, L"Rock && Roll"},
-      {"ends with &", true, L"ends with &&"},
-      {"a\tb\r\nc\bd", false, L"a b  c d"},
-      {"Caf\xC3\xA9", false, L"Caf\u00E9"},
-      {"Caf\xE9", false, L"Caf\u00E9"},  // an old 8-bit list
-      {"", false, L""},
+      {"R&B", L"R&&B"},
+      {"ends with &", L"ends with &&"},
+      {"a\tb\r\nc\bd", L"a b  c d"},
+      {"Caf\xC3\xA9", L"Caf\u00E9"},
+      {"Caf\xE9", L"Caf\u00E9"},  // an old 8-bit list
+      {"", L""},
   };
   for (const Case& each : cases) {
-    EXPECT_EQ(window::menuText({.caption = each.caption, .mnemonics = each.mnemonics}, 1000),
-              each.shown)
-        << each.caption;
+    EXPECT_EQ(window::menuText({.caption = each.caption}, 1000), each.shown) << each.caption;
   }
+}
+
+TEST(Mnemonics, GiveEachCaptionALetterOfItsOwn) {
+  window::Mnemonics letters;
+  const std::pair<const char*, const char*> cases[] = {
+      {"Select all", "&Select all"},
+      {"Select None", "Select &None"},
+      {"Stop \"now\"", "S&top \"now\""},
+      {"ns", "ns"},  // all are taken
+      {"R&B", "&R&&B"},
+      {"\xC3\xA4ndern", "&\xC3\xA4ndern"},
+      {"\xC3\x84", "\xC3\x84"},  // the same letter
+      {"...", "..."},
+      {"", ""},
+  };
+  for (const auto& [caption, marked] : cases) EXPECT_EQ(letters.mark(caption), marked);
+  EXPECT_EQ(window::Mnemonics::plain("R&B"), "R&&B");
 }
 
 TEST(MenuText, FitsTheScreenWithoutSplittingACharacter) {

@@ -30,8 +30,9 @@ class MenuActions {
   /// Shows the search dialog and returns when it is closed, for whatever reason:
   /// by then the query's search text is what was typed, or "-" after Cancel.
   /// Messages are dispatched meanwhile. Called again while the dialog is open, it
-  /// brings it to the front and returns at once.
-  virtual void searchform() = 0;
+  /// brings it to the front and returns at once. False if something else waits for an
+  /// answer: that comes to the front, and there is nothing to search for.
+  virtual bool searchform() = 0;
 
   /// Shows the settings, or the about box, and returns when it is closed. Messages
   /// are dispatched meanwhile.

@@ -128,10 +128,10 @@ void StationMenus::subgenre20_Click(int index) {
 
 void StationMenus::newSearch() {
   const bool open = std::exchange(searching_, true);
-  actions_.searchform();
+  const bool asked = actions_.searchform();
   if (open) return;  // the click that opened it goes on
   searching_ = false;
-  if (query_.searchText() == kSearchCancelled) return icon_.normalicon();
+  if (!asked || query_.searchText() == kSearchCancelled) return icon_.normalicon();
 
   // Whatever was opened or loaded while the dialog was.
   mgenre_Click(kSearchGenre);

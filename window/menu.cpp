@@ -35,14 +35,12 @@ std::size_t fitting(const std::wstring& text, int max_pixels) {
   return static_cast<std::size_t>(count);
 }
 
-std::wstring doubleAmpersands(const std::wstring& text, bool mnemonics) {
+std::wstring doubleAmpersands(const std::wstring& text) {
   std::wstring shown;
   shown.reserve(text.size() + 4);
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    shown += text[i];
-    if (text[i] != L'&') continue;
-    const bool marks = mnemonics && i + 1 < text.size() && IsCharAlphaNumericW(text[i + 1]) != 0;
-    if (!marks) shown += L'&';
+  for (const wchar_t c : text) {
+    shown += c;
+    if (c == L'&') shown += c;
   }
   return shown;
 }
@@ -58,7 +56,7 @@ std::wstring menuText(const MenuLine& line, int max_pixels) {
     const std::size_t fit = fitting(text, max_pixels);
     if (fit < text.size()) text = text.substr(0, fit) + L"\u2026";
   }
-  return doubleAmpersands(text, line.mnemonics);
+  return doubleAmpersands(text);
 }
 
 PopupMenu::PopupMenu(Content content, int root_key) : content_(std::move(content)) {

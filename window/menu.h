@@ -18,8 +18,7 @@ struct MenuLine {
   bool separator = false;
   bool checked = false;
   bool enabled = true;
-  bool mnemonics = false;  ///< "&" marks a letter; otherwise it is shown as it is
-  int submenu = -1;        ///< key of the popup behind this line, or -1
+  int submenu = -1;  ///< key of the popup behind this line, or -1
 };
 
 /// A native popup menu made of lines that are asked for only when it opens, as are
@@ -65,7 +64,7 @@ class PopupMenu {
   UINT next_id_ = 1;
 };
 
-/// A caption as a menu shows it: "&" doubled unless it marks a letter, control
+/// A caption as a menu shows it: "&" doubled, for it marks no letter here, control
 /// characters blank, cut to `max_pixels` in the menu font.
 std::wstring menuText(const MenuLine& line, int max_pixels);
 

@@ -1,105 +1,44 @@
-// The tests' eyes within the program: menus live in their own process's memory.
-// On each connection to its pipe it writes the open popups as JSON, in the order
-// in which they were opened, and hangs up.
-#include <windows.h>
+// The tests' eyes within the program: menus and fonts live in their own process's
+// memory. On each connection to its pipe it reads a request, "menus" or "measure WINDOW",
+// writes the answer as JSON and hangs up.
+#include "agent.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
-#include <vector>
-
-#include "json.h"
 
 namespace {
 
-using desktop_test::Json;
+using namespace desktop_test;
 
-BOOL CALLBACK collectPopup(HWND window, LPARAM list) {
-  std::array<wchar_t, 16> name{};
-  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
-  DWORD process = 0;
-  GetWindowThreadProcessId(window, &process);
-  if (process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE &&
-      std::wstring_view(name.data()) == L"#32768")
-    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-  return TRUE;
+std::string requestFrom(HANDLE pipe) {
+  std::array<char, 64> request{};
+  DWORD got = 0;
+  ReadFile(pipe, request.data(), static_cast<DWORD>(request.size()), &got, nullptr);
+  return {request.data(), got};
 }
 
-/// How far a menu that is taller than the screen is scrolled, in pixels; an item's
-/// rectangle is that of the unscrolled menu.
-int scrolledBy(HWND window, HMENU menu, const RECT& popup) {
-  const LONG middle = (popup.left + popup.right) / 2;
-  for (LONG y = (popup.top + popup.bottom) / 2; y < popup.bottom; ++y) {
-    const int found = MenuItemFromPoint(window, menu, {middle, y});
-    if (found < 0 || MenuItemFromPoint(window, menu, {middle, y - 1}) == found) continue;
-    RECT item{};
-    GetMenuItemRect(window, menu, static_cast<UINT>(found), &item);
-    return item.top - y;
-  }
-  return 0;
-}
-
-void writeItem(Json& json, HMENU menu, UINT position, int scrolled) {
-  std::array<wchar_t, 512> text{};
-  MENUITEMINFOW info{};
-  info.cbSize = sizeof(info);
-  info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_STRING | MIIM_SUBMENU;
-  info.dwTypeData = text.data();
-  info.cch = static_cast<UINT>(text.size());
-  GetMenuItemInfoW(menu, position, TRUE, &info);
-  RECT rect{};
-  GetMenuItemRect(nullptr, menu, position, &rect);
-  OffsetRect(&rect, 0, -scrolled);
-  json.open('{');
-  json.key("text").value(std::wstring_view(text.data()));
-  json.key("separator").value((info.fType & MFT_SEPARATOR) != 0);
-  json.key("checked").value((info.fState & MFS_CHECKED) != 0);
-  json.key("greyed").value((info.fState & (MFS_GRAYED | MFS_DISABLED)) != 0);
-  json.key("lit").value((info.fState & MFS_HILITE) != 0);
-  json.key("submenu").value(static_cast<const void*>(info.hSubMenu));
-  json.key("rect").value(rect);
-  json.close('}');
-}
-
-void writePopup(Json& json, HWND window) {
-  const LRESULT answer = SendMessageW(window, MN_GETHMENU, 0, 0);
-  const auto menu = reinterpret_cast<HMENU>(answer);
-  if (menu == nullptr) return;  // closed in the meantime
-  RECT rect{};
-  GetWindowRect(window, &rect);
-  json.open('{');
-  json.key("window").value(static_cast<const void*>(window));
-  json.key("menu").value(static_cast<const void*>(menu));
-  json.key("rect").value(rect);
-  json.key("items").open('[');
-  const int count = GetMenuItemCount(menu);
-  const int scrolled = scrolledBy(window, menu, rect);
-  for (int i = 0; i < count; ++i) writeItem(json, menu, static_cast<UINT>(i), scrolled);
-  json.close(']').close('}');
-}
-
-std::string openPopups() {
-  std::vector<HWND> popups;
-  EnumWindows(collectPopup, reinterpret_cast<LPARAM>(&popups));
-  std::reverse(popups.begin(), popups.end());  // from the lowest up
+std::string answerTo(const std::string& request) {
+  constexpr std::string_view kMeasure = "measure ";
   Json json;
-  json.open('[');
-  for (const HWND popup : popups) writePopup(json, popup);
-  json.close(']');
+  if (request.starts_with(kMeasure)) {
+    const long long window = std::stoll(request.substr(kMeasure.size()));
+    writeMeasures(json, reinterpret_cast<HWND>(static_cast<INT_PTR>(window)));
+  } else {
+    writePopups(json);
+  }
   return json.text();
 }
 
 DWORD WINAPI answerForEver(void*) {
-  const HANDLE pipe =
-      CreateNamedPipeW(desktop_test::agentPipe(GetCurrentProcessId()).c_str(), PIPE_ACCESS_DUPLEX,
-                       PIPE_TYPE_BYTE | PIPE_WAIT, 1, 1 << 20, 1 << 10, 0, nullptr);
+  const HANDLE pipe = CreateNamedPipeW(agentPipe(GetCurrentProcessId()).c_str(), PIPE_ACCESS_DUPLEX,
+                                       PIPE_TYPE_BYTE | PIPE_WAIT, 1, 1 << 20, 1 << 10, 0, nullptr);
   while (pipe != INVALID_HANDLE_VALUE) {
     if (ConnectNamedPipe(pipe, nullptr) == FALSE && GetLastError() != ERROR_PIPE_CONNECTED) {
       if (GetLastError() != ERROR_NO_DATA) break;  // nobody there any more
       DisconnectNamedPipe(pipe);
       continue;
     }
-    const std::string answer = openPopups();
+    const std::string answer = answerTo(requestFrom(pipe));
     DWORD written = 0;
     WriteFile(pipe, answer.data(), static_cast<DWORD>(answer.size()), &written, nullptr);
     FlushFileBuffers(pipe);

@@ -15,7 +15,14 @@ PICTURES = os.environ.get("KESTREL_PICTURES", "build/pictures")
 WIDTH, HEIGHT = 1024, 768
 
 
+def area(rect):
+    left, top, right, bottom = rect
+    return f"{right - left}x{bottom - top}+{left}+{top}"
+
+
 class Desktop:
+    rect = 0, 0, WIDTH, HEIGHT
+
     def __init__(self, density=96):
         self.folder = tempfile.mkdtemp(prefix="kestrel-desktop-")
         self._parts = []
@@ -44,18 +51,17 @@ class Desktop:
 
     # --- eyes
 
-    def picture(self, name):
-        """The screen as a PNG file."""
+    def picture(self, name, rect=None):
+        """The screen or a part of it as a PNG file."""
         os.makedirs(PICTURES, exist_ok=True)
         file = os.path.join(PICTURES, name + ".png")
-        self._x11("import", "-window", "root", file)
+        crop = ["-crop", area(rect), "+repage"] if rect else []
+        self._x11("import", "-window", "root", *crop, file)
         return file
 
     def pixels(self, rect):
         """What a part of the screen looks like, for comparing."""
-        left, top, right, bottom = rect
-        area = f"{right - left}x{bottom - top}+{left}+{top}"
-        return self._x11("import", "-window", "root", "-crop", area, "ppm:-", stdout=subprocess.PIPE).stdout
+        return self._x11("import", "-window", "root", "-crop", area(rect), "ppm:-", stdout=subprocess.PIPE).stdout
 
     # --- hands
 

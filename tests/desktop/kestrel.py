@@ -142,6 +142,9 @@ class Kestrel:
         self.pid = self.probe.ask("processes", "Kestrel.exe")[0]
         # The start's last step; a box instead says what stands in the way.
         wait_for(lambda: self.label("name") == "stop" or self.boxes(), "the end of the start")
+        self.inject_agent()
+
+    def inject_agent(self):
         self.probe.ask("inject", self.pid, self.desktop.prefix.windows_path(self.desktop.tool("agent.dll")))
 
     def state(self):

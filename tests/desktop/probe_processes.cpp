@@ -96,10 +96,12 @@ Handle connectToAgent(HANDLE target) {
   }
 }
 
-/// Open popups of a process that has the agent: menus PROCESS
-void menus(const Words& words, Json& answer) {
+/// What the agent within a process answers to a request.
+std::string askAgent(const Words& words, const std::string& request) {
   const Handle target = process(words, PROCESS_QUERY_INFORMATION | SYNCHRONIZE);
   const Handle pipe = connectToAgent(target.get());
+  DWORD written = 0;
+  WriteFile(pipe.get(), request.data(), static_cast<DWORD>(request.size()), &written, nullptr);
   std::string json;
   std::array<char, 65536> piece{};
   DWORD got = 0;
@@ -108,7 +110,17 @@ void menus(const Words& words, Json& answer) {
          got != 0)
     json.append(piece.data(), got);
   if (json.empty()) fail("the agent said nothing");
-  answer.raw(json);
+  return json;
+}
+
+/// Open popups of a process that has the agent: menus PROCESS
+void menus(const Words& words, Json& answer) {
+  answer.raw(askAgent(words, "menus"));
+}
+
+/// A window's controls and the room for their texts: measure PROCESS WINDOW
+void measure(const Words& words, Json& answer) {
+  answer.raw(askAgent(words, "measure " + words.at(2)));
 }
 
 /// A text value under HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER: regset HKLM KEY NAME TEXT
@@ -126,9 +138,9 @@ struct Entry {
   const char* name;
   Command command;
 };
-constexpr Entry kCommands[] = {{"processes", processes}, {"memory", memory},
-                               {"terminate", terminate}, {"inject", inject},
-                               {"menus", menus},         {"regset", regset}};
+constexpr Entry kCommands[] = {
+    {"processes", processes}, {"memory", memory},   {"terminate", terminate}, {"inject", inject},
+    {"menus", menus},         {"measure", measure}, {"regset", regset}};
 
 }  // namespace
 

@@ -36,7 +36,11 @@ class Dialog:
         return self.controls()[name]
 
     def text(self, name):
-        return self[name].text
+        """Of a caption without the mark of its letter."""
+        control = self[name]
+        if control.class_name not in ("Button", "Static"):
+            return control.text
+        return control.text.replace("&&", "\0").replace("&", "").replace("\0", "&")
 
     def click(self, name):
         self.desktop.click(self[name].middle)

@@ -1,0 +1,86 @@
+#include "agent.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+namespace desktop_test {
+namespace {
+
+BOOL CALLBACK collectPopup(HWND window, LPARAM list) {
+  std::array<wchar_t, 16> name{};
+  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+  DWORD process = 0;
+  GetWindowThreadProcessId(window, &process);
+  if (process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE &&
+      std::wstring_view(name.data()) == L"#32768")
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  return TRUE;
+}
+
+/// How far a menu that is taller than the screen is scrolled, in pixels; an item's
+/// rectangle is that of the unscrolled menu.
+int scrolledBy(HWND window, HMENU menu, const RECT& popup) {
+  const LONG middle = (popup.left + popup.right) / 2;
+  for (LONG y = (popup.top + popup.bottom) / 2; y < popup.bottom; ++y) {
+    const int found = MenuItemFromPoint(window, menu, {middle, y});
+    if (found < 0 || MenuItemFromPoint(window, menu, {middle, y - 1}) == found) continue;
+    RECT item{};
+    GetMenuItemRect(window, menu, static_cast<UINT>(found), &item);
+    return item.top - y;
+  }
+  return 0;
+}
+
+void writeItem(Json& json, HMENU menu, UINT position, int scrolled) {
+  std::array<wchar_t, 512> text{};
+  MENUITEMINFOW info{};
+  info.cbSize = sizeof(info);
+  info.fMask = MIIM_FTYPE | MIIM_STATE | MIIM_STRING | MIIM_SUBMENU;
+  info.dwTypeData = text.data();
+  info.cch = static_cast<UINT>(text.size());
+  GetMenuItemInfoW(menu, position, TRUE, &info);
+  RECT rect{};
+  GetMenuItemRect(nullptr, menu, position, &rect);
+  OffsetRect(&rect, 0, -scrolled);
+  json.open('{');
+  json.key("text").value(std::wstring_view(text.data()));
+  json.key("separator").value((info.fType & MFT_SEPARATOR) != 0);
+  json.key("checked").value((info.fState & MFS_CHECKED) != 0);
+  json.key("greyed").value((info.fState & (MFS_GRAYED | MFS_DISABLED)) != 0);
+  json.key("lit").value((info.fState & MFS_HILITE) != 0);
+  json.key("submenu").value(static_cast<const void*>(info.hSubMenu));
+  json.key("rect").value(rect);
+  json.close('}');
+}
+
+void writePopup(Json& json, HWND window) {
+  const LRESULT answer = SendMessageW(window, MN_GETHMENU, 0, 0);
+  const auto menu = reinterpret_cast<HMENU>(answer);
+  if (menu == nullptr) return;  // closed in the meantime
+  RECT rect{};
+  GetWindowRect(window, &rect);
+  json.open('{');
+  json.key("window").value(static_cast<const void*>(window));
+  json.key("menu").value(static_cast<const void*>(menu));
+  json.key("rect").value(rect);
+  json.key("items").open('[');
+  const int count = GetMenuItemCount(menu);
+  const int scrolled = scrolledBy(window, menu, rect);
+  for (int i = 0; i < count; ++i) writeItem(json, menu, static_cast<UINT>(i), scrolled);
+  json.close(']').close('}');
+}
+
+}  // namespace
+
+void writePopups(Json& json) {
+  std::vector<HWND> popups;
+  EnumWindows(collectPopup, reinterpret_cast<LPARAM>(&popups));
+  std::reverse(popups.begin(), popups.end());  // from the lowest up
+  json.open('[');
+  for (const HWND popup : popups) writePopup(json, popup);
+  json.close(']');
+}
+
+}  // namespace desktop_test
