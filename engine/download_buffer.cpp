@@ -61,6 +61,8 @@ void DownloadBuffer::resume() {
 void DownloadBuffer::close() {
   const Lock lock(mutex_);
   closed_ = true;
+  blocks_.clear();
+  spare_.reset();
   changed_.notifyAll();
 }
 
@@ -77,6 +79,7 @@ int DownloadBuffer::read(uint8_t* to, size_t room) {
 
 std::vector<uint8_t> DownloadBuffer::peek(size_t most) {
   const Lock lock(mutex_);
+  if (closed_) return {};
   std::vector<uint8_t> head(std::min(unread(), most));
   copyOut(consumed_, head.data(), head.size());
   return head;

@@ -31,7 +31,7 @@ class DownloadBuffer {
   /// No more will be written, unless it goes on after all.
   void finish();
   void resume();
-  /// Ends all waits, now and later.
+  /// Ends all waits, now and later, and lets the bytes go.
   void close();
 
   /// Waits for bytes: how many were copied, 0 at the end, -1 when closed.

@@ -33,7 +33,7 @@ int Engine::free() {
   }
   for (const auto& stream : all) stream->stop();
   for (auto& stream : all) release(std::move(stream));
-  releaseLeftOver();
+  releaseLeftOver(Wait::yes);
   const Lock lock(mutex_);
   network_.reset();
   return BASS_OK;
@@ -55,7 +55,7 @@ bool Engine::setConfig(BASS_DWORD option, BASS_DWORD value, BASS_DWORD& previous
 }
 
 int Engine::createStream(const char* url, Listener listener, HSTREAM& handle) {
-  releaseLeftOver();
+  releaseLeftOver(Wait::no);
   const auto parsed = parseUrl(url);
   if (!parsed) return BASS_ERROR_ILLPARAM;
   BASS_DWORD prebuffer = 0;
@@ -107,26 +107,29 @@ int Engine::freeStream(HSTREAM handle) {
   }
   stream->stop();
   release(std::move(stream));
-  releaseLeftOver();
+  releaseLeftOver(Wait::no);
   return BASS_OK;
 }
 
 void Engine::release(std::shared_ptr<Stream> stream) {
-  if (!stream->isOwnThread()) return stream->close();
+  if (!stream->isOwnThread()) stream->close();
   const Lock lock(mutex_);
   left_over_.push_back(std::move(stream));
 }
 
-void Engine::releaseLeftOver() {
+// Whoever frees or opens a stream is not kept waiting for the sound of an old one.
+void Engine::releaseLeftOver(Wait wait) {
   Streams free_now;
   {
     const Lock lock(mutex_);
-    const auto own = std::partition(left_over_.begin(), left_over_.end(),
-                                    [](const auto& stream) { return stream->isOwnThread(); });
-    free_now.assign(std::move_iterator(own), std::move_iterator(left_over_.end()));
-    left_over_.erase(own, left_over_.end());
+    const auto kept = std::partition(
+        left_over_.begin(), left_over_.end(), [wait](const std::shared_ptr<Stream>& stream) {
+          return stream->isOwnThread() || (wait == Wait::no && !stream->isOver());
+        });
+    free_now.assign(std::move_iterator(kept), std::move_iterator(left_over_.end()));
+    left_over_.erase(kept, left_over_.end());
   }
-  for (const auto& stream : free_now) stream->close();
+  for (const auto& stream : free_now) stream->join();
 }
 
 int Engine::stopStream(HSTREAM handle) {
@@ -148,7 +151,7 @@ int Engine::setVolume(HSTREAM handle, int volume) {
   if (!stream) return BASS_ERROR_HANDLE;
   const Lock lock(mutex_);
   if (volume < 0 || static_cast<BASS_DWORD>(volume) > max_volume_) return BASS_ERROR_ILLPARAM;
-  stream->setGain(static_cast<float>(volume) / static_cast<float>(max_volume_));
+  stream->setVolume(static_cast<float>(volume) / static_cast<float>(max_volume_));
   return BASS_OK;
 }
 

@@ -37,7 +37,8 @@ class Engine {
  private:
   using Streams = std::vector<std::shared_ptr<Stream>>;
   void release(std::shared_ptr<Stream> stream);
-  void releaseLeftOver();
+  enum class Wait { no, yes };
+  void releaseLeftOver(Wait wait);
   int startOpening(const std::shared_ptr<Stream>& stream);
   int endOpening(const std::shared_ptr<Stream>& stream, int code, HSTREAM& handle);
 
@@ -51,7 +52,7 @@ class Engine {
   BASS_DWORD last_handle_ GUARDED_BY(mutex_) = 0;
   std::map<HSTREAM, std::shared_ptr<Stream>> streams_ GUARDED_BY(mutex_);
   Streams opening_ GUARDED_BY(mutex_);
-  /// Freed from one of their own callbacks, so that nobody could wait for them yet.
+  /// Freed, but not over: from one of their own callbacks, or while their sound fades.
   Streams left_over_ GUARDED_BY(mutex_);
 };
 

@@ -16,13 +16,19 @@ class Output {
   /// Drops what has not sounded yet, at once.
   virtual ~Output() = default;
   virtual unsigned rate() const = 0;  ///< Hz
-  /// Queues interleaved sound, -1 to 1 (louder is clipped); waits while the queue
-  /// is full, but not once interrupted. False: the device is gone.
-  [[nodiscard]] virtual bool write(std::span<const float> samples) = 0;
+  /// Queues interleaved sound, -1 to 1 (louder is clipped), and takes it off
+  /// `samples`; waits while the queue is full, but not once interrupted: then some is
+  /// left. False: the device is gone.
+  [[nodiscard]] virtual bool write(std::span<const float>& samples) = 0;
   /// Lets the device have what a device block is not yet filled with.
   virtual void flush() = 0;
   /// Sound that is queued and not yet played.
   virtual unsigned pendingMilliseconds() = 0;
+  /// The last sound of all: waits until it has been played, interrupted or not, but
+  /// no longer than kLongestEnd.
+  virtual void finish(std::span<const float> last) = 0;
+
+  static constexpr std::chrono::milliseconds kLongestEnd{250};
 };
 
 /// Where outputs come from. Any thread.

@@ -2,6 +2,7 @@
 #include <pulse/simple.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "engine/output.h"
 
@@ -9,7 +10,7 @@ namespace engine {
 namespace {
 
 constexpr unsigned kRate = 48000;
-constexpr unsigned kQueueMilliseconds = 300;
+constexpr unsigned kQueueMilliseconds = 200;
 // The server is given this much at a time, which bounds how long a write can hold.
 constexpr size_t kStepSamples = kRate / 20 * Output::kChannels;
 
@@ -26,7 +27,7 @@ class PulseOutput final : public Output {
 
   unsigned rate() const override { return kRate; }
 
-  bool write(std::span<const float> samples) override {
+  bool write(std::span<const float>& samples) override {
     while (!samples.empty() && !interrupt_.isSet()) {
       const auto step = samples.first(std::min(samples.size(), kStepSamples));
       if (pa_simple_write(connection_, step.data(), step.size_bytes(), nullptr) < 0) return false;
@@ -39,6 +40,12 @@ class PulseOutput final : public Output {
 
   unsigned pendingMilliseconds() override {
     return static_cast<unsigned>(pa_simple_get_latency(connection_, nullptr) / 1000);
+  }
+
+  void finish(std::span<const float> last) override {
+    if (!last.empty()) pa_simple_write(connection_, last.data(), last.size_bytes(), nullptr);
+    const std::chrono::milliseconds left(pendingMilliseconds());
+    std::this_thread::sleep_for(std::min(left, kLongestEnd));
   }
 
  private:

@@ -6,18 +6,24 @@
 #include <mmsystem.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
+#include <deque>
 #include <vector>
 
 #include "engine/output.h"
+#include "engine/socket.h"
 
 namespace engine {
 namespace {
 
 constexpr unsigned kUsualRate = 48000;
 constexpr unsigned kBlockMilliseconds = 50;
-constexpr size_t kBlocks = 8;
+// So much is queued at first: a change of the volume and the fade at the end are soon
+// heard. A device that runs dry for want of processor time gets twice as much.
+constexpr size_t kFewBlocks = 4;
+constexpr size_t kManyBlocks = 8;
+// A device that is there takes a block every 50 ms.
+constexpr auto kDeviceSilence = std::chrono::seconds(2);
 // Device blocks are asked after in steps of our own: being told of each one costs
 // twice the wake-ups.
 constexpr auto kNap = std::chrono::milliseconds(100);
@@ -78,9 +84,10 @@ class WaveOutput final : public Output {
 
   bool open(unsigned rate);
   unsigned rate() const override { return rate_; }
-  bool write(std::span<const float> samples) override;
+  bool write(std::span<const float>& samples) override;
   void flush() override;
   unsigned pendingMilliseconds() override;
+  void finish(std::span<const float> last) override;
 
  private:
   struct Block {
@@ -92,15 +99,19 @@ class WaveOutput final : public Output {
     const volatile DWORD& flags = block.header.dwFlags;
     return (flags & WHDR_INQUEUE) == 0;
   }
-  bool waitForRoom();
+  enum class Room { free, interrupted, gone };
+  Room waitForRoom();
+  bool addBlock();
+  void fill(std::span<const float>& samples);
   bool submit();
 
   const Interrupt& interrupt_;
   HWAVEOUT device_ = nullptr;
   unsigned rate_ = 0;
-  std::array<Block, kBlocks> blocks_;
-  size_t next_ = 0;    ///< block being filled
-  size_t filled_ = 0;  ///< samples in it
+  std::deque<Block> blocks_;  ///< the device knows their addresses
+  size_t next_ = 0;           ///< block being filled
+  size_t filled_ = 0;         ///< samples in it
+  bool dry_ = true;           ///< it is no wonder if nothing is queued
 };
 
 bool WaveOutput::open(unsigned rate) {
@@ -116,15 +127,19 @@ bool WaveOutput::open(unsigned rate) {
     device_ = nullptr;
     return false;
   }
-  for (Block& block : blocks_) {
-    block.samples.resize(rate * kBlockMilliseconds / 1000 * kChannels);
-    block.header.lpData = reinterpret_cast<char*>(block.samples.data());
-    block.header.dwBufferLength = static_cast<DWORD>(block.samples.size() * sizeof(float));
-    if (waveOutPrepareHeader(device_, &block.header, sizeof block.header) != MMSYSERR_NOERROR) {
-      return false;
-    }
+  // One more than is queued, for the end.
+  while (blocks_.size() < kFewBlocks + 1) {
+    if (!addBlock()) return false;
   }
   return true;
+}
+
+bool WaveOutput::addBlock() {
+  Block& block = blocks_.emplace_back();
+  block.samples.resize(rate_ * kBlockMilliseconds / 1000 * kChannels);
+  block.header.lpData = reinterpret_cast<char*>(block.samples.data());
+  block.header.dwBufferLength = static_cast<DWORD>(block.samples.size() * sizeof(float));
+  return waveOutPrepareHeader(device_, &block.header, sizeof block.header) == MMSYSERR_NOERROR;
 }
 
 WaveOutput::~WaveOutput() {
@@ -134,11 +149,30 @@ WaveOutput::~WaveOutput() {
   waveOutClose(device_);
 }
 
-bool WaveOutput::waitForRoom() {
-  while (!isFree(blocks_[next_])) {
-    if (interrupt_.wait(kNap)) return false;
+// Full when all but one block are queued, that is when the one after the next is.
+WaveOutput::Room WaveOutput::waitForRoom() {
+  const auto start = Clock::now();
+  const Block& last = blocks_[(next_ + 1) % blocks_.size()];
+  while (!isFree(last)) {
+    if (Clock::now() - start > kDeviceSilence) return Room::gone;
+    if (interrupt_.wait(kNap)) return Room::interrupted;
   }
-  return true;
+  const bool is_dry = std::all_of(blocks_.begin(), blocks_.end(),
+                                  [this](const Block& block) { return isFree(block); });
+  if (is_dry && !dry_ && blocks_.size() <= kFewBlocks + 1) {
+    next_ = 0;
+    while (blocks_.size() < kManyBlocks + 1 && addBlock()) {
+    }
+  }
+  return Room::free;
+}
+
+void WaveOutput::fill(std::span<const float>& samples) {
+  std::vector<float>& block = blocks_[next_].samples;
+  const size_t step = std::min(samples.size(), block.size() - filled_);
+  std::memcpy(block.data() + filled_, samples.data(), step * sizeof(float));
+  filled_ += step;
+  samples = samples.subspan(step);
 }
 
 bool WaveOutput::submit() {
@@ -146,26 +180,38 @@ bool WaveOutput::submit() {
   block.header.dwBufferLength = static_cast<DWORD>(filled_ * sizeof(float));
   block.header.dwFlags &= ~static_cast<DWORD>(WHDR_DONE);
   filled_ = 0;
-  next_ = (next_ + 1) % kBlocks;
+  next_ = (next_ + 1) % blocks_.size();
+  dry_ = false;
   return waveOutWrite(device_, &block.header, sizeof block.header) == MMSYSERR_NOERROR;
 }
 
-bool WaveOutput::write(std::span<const float> samples) {
+bool WaveOutput::write(std::span<const float>& samples) {
   while (!samples.empty()) {
-    if (filled_ == 0 && !waitForRoom()) return true;
-    std::vector<float>& block = blocks_[next_].samples;
-    const size_t step = std::min(samples.size(), block.size() - filled_);
-    std::memcpy(block.data() + filled_, samples.data(), step * sizeof(float));
-    filled_ += step;
-    samples = samples.subspan(step);
-    if (filled_ == block.size() && !submit()) return false;
+    if (filled_ == 0) {
+      const Room room = waitForRoom();
+      if (room != Room::free) return room == Room::interrupted;
+    }
+    fill(samples);
+    if (filled_ == blocks_[next_].samples.size() && !submit()) return false;
   }
   return true;
+}
+
+void WaveOutput::finish(std::span<const float> last) {
+  // As much as there is room for.
+  while (!last.empty() && isFree(blocks_[next_])) {
+    fill(last);
+    if (filled_ == blocks_[next_].samples.size() && !submit()) return;
+  }
+  if (filled_ != 0 && !submit()) return;
+  const auto deadline = Clock::now() + kLongestEnd;
+  while (pendingMilliseconds() != 0 && Clock::now() < deadline) Sleep(10);
 }
 
 void WaveOutput::flush() {
   // A device that is gone shows itself at the next write.
   if (filled_ != 0) submit();
+  dry_ = true;
 }
 
 unsigned WaveOutput::pendingMilliseconds() {

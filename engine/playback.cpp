@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/decoding.h"
+#include "engine/output_silent.h"
 #include "engine/resampler.h"
 
 namespace engine {
@@ -12,6 +13,10 @@ constexpr auto kDeviceRetry = std::chrono::milliseconds(1000);
 // After a gap this much is gathered first, doubled with every further gap.
 constexpr unsigned kFirstCushion = 500;
 constexpr unsigned kLargestCushion = 4000;
+// So long before the device falls silent its last sound is handed over.
+constexpr std::chrono::milliseconds kFadeTime(40);
+// Of what is kept back, so much sounds after a stop.
+constexpr unsigned kStopMilliseconds = 20;
 
 }  // namespace
 
@@ -54,12 +59,16 @@ void Playback::run() {
   if (waitForPlay()) playSound();
   // Here and not with the object: only this thread may wait for a device.
   output_.reset();
+  over_.store(true, std::memory_order_release);
 }
 
 void Playback::playSound() {
-  reached_gain_ = gain_.load(std::memory_order_relaxed);
-  cushion_milliseconds_ = kFirstCushion;
+  decodeAll();
+  endSound();
+}
 
+void Playback::decodeAll() {
+  cushion_milliseconds_ = kFirstCushion;
   Codec codec;
   std::vector<Codec> all;
   {
@@ -73,55 +82,74 @@ void Playback::playSound() {
   unsigned made_for = 0;
   kestrel_sound sound;
   while (!interrupt_.isSet() && decoding.decode(&sound)) {
-    if (!output_ && !openOutput()) {
-      if (interrupt_.wait(kDeviceRetry)) break;
-      continue;
-    }
+    if (!has_device_) openOutput();
     if (!resampler || made_for != output_->rate()) {
       made_for = output_->rate();
       resampler = std::make_unique<Resampler>(made_for);
     }
-    if (!emit(resampler->convert(sound))) output_.reset();
+    emit(resampler->convert(sound));
   }
-  drain();
 }
 
-bool Playback::openOutput() {
-  output_ = outputs_.open(interrupt_);
-  return output_ != nullptr;
+// Without a device the sound goes nowhere, and the device is looked for every second.
+void Playback::openOutput() {
+  const auto now = Clock::now();
+  if (output_ && now - last_look_ < kDeviceRetry) return;
+  last_look_ = now;
+  auto device = outputs_.open(interrupt_);
+  has_device_ = device != nullptr;
+  if (!device && output_) return;
+  output_ = device ? std::move(device) : std::make_unique<SilentOutput>(interrupt_);
+  held_.clear();
+  gain_.restart();
 }
 
-bool Playback::emit(std::span<float> samples) {
-  applyGain(samples);
-  const bool taken = output_->write(samples);
-  sounding_ = true;
-  pending_.store(taken ? output_->pendingMilliseconds() : 0, std::memory_order_relaxed);
-  return taken;
+void Playback::emit(std::span<float> samples) {
+  if (samples.empty()) return;
+  gain_.apply(samples, volume_.load(std::memory_order_relaxed), output_->rate());
+  writeHeld();
+  held_.insert(held_.end(), samples.begin(), samples.end());
 }
 
-// A straight ramp over each piece, since a jump would click.
-void Playback::applyGain(std::span<float> samples) {
-  const float target = gain_.load(std::memory_order_relaxed);
-  if (target == 1.0f && reached_gain_ == 1.0f) return;
-  const size_t frames = samples.size() / Output::kChannels;
-  if (frames == 0) return;
-  const float step = (target - reached_gain_) / static_cast<float>(frames);
-  for (size_t i = 0; i < samples.size(); ++i) {
-    samples[i] *= reached_gain_ + step * static_cast<float>(i / Output::kChannels + 1);
+void Playback::writeHeld() {
+  std::span<const float> left(held_);
+  if (!output_->write(left)) {
+    has_device_ = false;
+    last_look_ = {};
+    output_ = std::make_unique<SilentOutput>(interrupt_);
+    left = {};
   }
-  reached_gain_ = target;
+  held_.erase(held_.begin(), held_.end() - static_cast<std::ptrdiff_t>(left.size()));
+  pending_.store(output_->pendingMilliseconds(), std::memory_order_relaxed);
+}
+
+// The end of the sound for now.
+void Playback::fadeHeld() {
+  const size_t ramp = output_->rate() * Gain::kRampMilliseconds / 1000 * Output::kChannels;
+  const std::span<float> held(held_);
+  gain_.apply(held.last(std::min(ramp, held.size())), 0, output_->rate());
+  gain_.restart();
 }
 
 // What the decoder reads. When the download falls behind, the device gets all there
 // is; if it fell silent meanwhile, enough is gathered first that it does not stutter.
 int Playback::feed(uint8_t* to, int room) {
-  const DownloadBuffer::Level level = buffer_.level();
-  if (sounding_ && level.unread() == 0 && !level.finished && output_) {
-    output_->flush();
-    buffer_.waitFilled(1);
-    if (output_->pendingMilliseconds() == 0) refillAfterGap();
-  }
+  if (!held_.empty()) waitForBytes();
   return buffer_.read(to, static_cast<size_t>(room));
+}
+
+void Playback::waitForBytes() {
+  const DownloadBuffer::Level level = buffer_.level();
+  if (level.unread() != 0 || level.finished) return;
+  output_->flush();
+  const std::chrono::milliseconds pending(output_->pendingMilliseconds());
+  if (buffer_.waitFilled(1, Clock::now() + std::max(pending - kFadeTime, kFadeTime))) return;
+  if (buffer_.level().finished || interrupt_.isSet()) return;
+  fadeHeld();
+  writeHeld();
+  output_->flush();
+  buffer_.waitFilled(1);
+  if (output_->pendingMilliseconds() == 0) refillAfterGap();
 }
 
 void Playback::refillAfterGap() {
@@ -131,11 +159,21 @@ void Playback::refillAfterGap() {
   cushion_milliseconds_ = std::min(cushion_milliseconds_ * 2, kLargestCushion);
 }
 
-// Lets the end of a finished stream sound.
-void Playback::drain() {
-  if (!output_ || interrupt_.isSet()) return;
-  output_->flush();
-  interrupt_.wait(std::chrono::milliseconds(output_->pendingMilliseconds() + 100));
+// Lets the end of a finished stream sound; one that is stopped ends at once, but
+// without a click.
+void Playback::endSound() {
+  if (!output_ || held_.empty()) return;
+  if (interrupt_.isSet()) {
+    const size_t soon = output_->rate() * kStopMilliseconds / 1000 * Output::kChannels;
+    held_.resize(std::min(held_.size(), soon));
+    fadeHeld();
+    output_->finish(held_);
+  } else {
+    fadeHeld();
+    writeHeld();
+    output_->flush();
+    interrupt_.wait(std::chrono::milliseconds(output_->pendingMilliseconds() + 100));
+  }
 }
 
 }  // namespace engine

@@ -5,7 +5,9 @@
 
 #include "engine/codecs.h"
 #include "engine/download_buffer.h"
+#include "engine/gain.h"
 #include "engine/output.h"
+#include "engine/socket.h"
 
 namespace engine {
 
@@ -25,12 +27,15 @@ class Playback {
   /// Starts the sound of a stream that begins with that codec, once; it may change to
   /// another of `all`. `bitrate` in bit/s.
   void play(Codec codec, std::vector<Codec> all, uint32_t bitrate);
-  /// 0 to 1; taken over within the next piece of sound.
-  void setGain(float gain) { gain_.store(gain, std::memory_order_relaxed); }
+  /// 0 to 1; taken over with the next piece of sound.
+  void setVolume(float volume) { volume_.store(volume, std::memory_order_relaxed); }
   /// Ends the wait for play().
   void cancel();
-  /// Waits for the thread's end, which interrupt, cancel and a closed buffer bring.
+  /// Waits for the thread's end, which interrupt, cancel and a closed buffer bring,
+  /// soon but for the fading of the sound.
   void join();
+  /// True when join() would not wait.
+  bool isOver() const { return over_.load(std::memory_order_acquire); }
   /// Sound that is decoded and queued at the device.
   unsigned pendingMilliseconds() const { return pending_.load(std::memory_order_relaxed); }
 
@@ -38,18 +43,22 @@ class Playback {
   void run();
   bool waitForPlay();
   void playSound();
+  void decodeAll();
   int feed(uint8_t* to, int room);
   void refillAfterGap();
-  bool emit(std::span<float> samples);
-  void applyGain(std::span<float> samples);
-  bool openOutput();
-  void drain();
+  void waitForBytes();
+  void emit(std::span<float> samples);
+  void writeHeld();
+  void fadeHeld();
+  void openOutput();
+  void endSound();
 
   OutputFactory& outputs_;
   const Interrupt& interrupt_;
   DownloadBuffer& buffer_;
-  std::atomic<float> gain_{1.0f};
+  std::atomic<float> volume_{1.0f};
   std::atomic<unsigned> pending_{0};
+  std::atomic<bool> over_{false};
 
   Mutex mutex_;
   Condition changed_;
@@ -60,9 +69,12 @@ class Playback {
   // The thread's own.
   uint32_t bytes_per_second_ = 0;
   unsigned cushion_milliseconds_ = 0;
-  float reached_gain_ = 0;
-  bool sounding_ = false;
-  std::unique_ptr<Output> output_;
+  Gain gain_;
+  std::unique_ptr<Output> output_;  ///< there once sound is
+  bool has_device_ = false;
+  Clock::time_point last_look_{};  ///< for a device
+  /// The latest piece of sound, kept back so that it can be faded if it is the last.
+  std::vector<float> held_;
 
   Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest

@@ -62,6 +62,10 @@ void Stream::close() {
   stop();
   downloader_.join();
   delivery_.join();
+}
+
+void Stream::join() {
+  close();
   playback_.join();
 }
 

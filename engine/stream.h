@@ -26,13 +26,18 @@ class Stream {
   void prebuffer(unsigned percent);
   /// Ends sound and network use soon, without waiting for either.
   void stop();
-  /// stop(), and waits until no callback can run any more; not from a callback.
+  /// stop(), and waits until no callback can run any more; not from a callback. The
+  /// sound may fade for a moment longer.
   void close();
+  /// True when nothing of this stream runs any more after close().
+  bool isOver() const { return playback_.isOver(); }
+  /// close(), and waits for that.
+  void join();
   /// True in one of this stream's callbacks.
   bool isOwnThread() const { return downloader_.isOwnThread() || delivery_.isOwnThread(); }
 
   int play();
-  void setGain(float gain) { playback_.setGain(gain); }
+  void setVolume(float volume) { playback_.setVolume(volume); }
   int position(BASS_DWORD mode, BASS_DWORD& bytes);
   /// Null without such a tag. The text lives as long as the stream.
   const char* tags(BASS_DWORD type);

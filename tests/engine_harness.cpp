@@ -50,25 +50,33 @@ class TapeOutput final : public engine::Output {
 
   unsigned rate() const override { return Tape::kRate; }
 
-  bool write(std::span<const float> samples) override {
+  bool write(std::span<const float>& samples) override {
     while (pendingMilliseconds() > 300) {
       if (interrupt_.wait(milliseconds(20))) return true;
     }
-    const auto now = Time::now();
-    until_ = std::max(until_, now) +
-             std::chrono::microseconds(samples.size() / kChannels * 1'000'000 / Tape::kRate);
-    const std::lock_guard lock(reel_->mutex);
-    if (reel_->left.empty()) reel_->first_sound = now;
-    for (size_t i = 0; i < samples.size(); i += kChannels) reel_->left.push_back(samples[i]);
+    keep(std::exchange(samples, {}));
     return true;
   }
   void flush() override {}
+  void finish(std::span<const float> last) override {
+    keep(last);
+    std::this_thread::sleep_for(std::min(milliseconds(pendingMilliseconds()), kLongestEnd));
+  }
   unsigned pendingMilliseconds() override {
     const auto left = std::chrono::duration_cast<milliseconds>(until_ - Time::now()).count();
     return left > 0 ? static_cast<unsigned>(left) : 0;
   }
 
  private:
+  void keep(std::span<const float> samples) {
+    const auto now = Time::now();
+    until_ = std::max(until_, now) +
+             std::chrono::microseconds(samples.size() / kChannels * 1'000'000 / Tape::kRate);
+    const std::lock_guard lock(reel_->mutex);
+    if (reel_->left.empty()) reel_->first_sound = now;
+    for (size_t i = 0; i < samples.size(); i += kChannels) reel_->left.push_back(samples[i]);
+  }
+
   std::shared_ptr<Tape::Reel> reel_;
   const engine::Interrupt& interrupt_;
   Time::time_point until_{};  ///< when what has been written will have sounded

@@ -309,8 +309,9 @@ TEST_F(PlaybackTest, ShowsThatAStreamHasEnded) {
   fake.open_hangs = true;
   do {
     desktop.beeps = 0;
-    playback.startplayer(0);
+    playback.startplayer(1);
   } while (desktop.beeps > 0);
+  ASSERT_TRUE(fake.waitFor("StreamCreateURL http://c/"));
   fake.download(nullptr, 0, 0);
   EXPECT_TRUE(playback.isActive());
 }
