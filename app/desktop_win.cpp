@@ -58,7 +58,7 @@ void DesktopWin::beep() {
 }
 
 std::string specialfolder(int csidl) {
-  using UniqueIdList = window::UniqueHandle<LPITEMIDLIST, CoTaskMemFree>;
+  using UniqueIdList = window::UniqueHandle<LPITEMIDLIST, ILFree>;
   LPITEMIDLIST found = nullptr;
   if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, &found))) return {};
   const UniqueIdList list(found);

@@ -60,7 +60,7 @@ Program::Program(const Startup& startup, Captions& captions)
                  paths_.datapath}),
       query_({transfer_, desktop_, icon_, tree_, lists_, launch_, paths_, settings_, messages_,
               hosts_}),
-      reload_({query_, reloadform_, icon_, tree_, settings_, messages_}),
+      reload_({query_, lists_, reloadform_, icon_, tree_, settings_, messages_}),
       menus_(tree_, query_, icon_, *this) {
   volume_.set(settings_.volume);
   frmNetRadio_.connect(playerActions());

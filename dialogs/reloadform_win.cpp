@@ -29,6 +29,11 @@ constexpr int kButtonTop = 106;
 constexpr int kAbortHeight = 36;  // two lines
 constexpr int kGap = 14;
 
+// A quick directory answers faster than anyone can read: painting every genre would
+// take longer than loading it.
+constexpr UINT kPace = 50;  // ms
+constexpr UINT_PTR kPaceTimer = 1;
+
 }  // namespace
 
 ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messages,
@@ -36,7 +41,9 @@ ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messa
     : SkinnedForm(static_cast<window::Window&>(*this)),
       captions_(captions),
       messages_(messages),
-      cancel_(std::move(cancel)) {
+      cancel_(std::move(cancel)) {}
+
+void ReloadForm::make() {
   create({.class_name = L"reloadform",
           .caption = "Kestrel",
           .style = WS_POPUP | WS_SYSMENU | WS_CLIPCHILDREN,
@@ -61,6 +68,7 @@ ReloadForm::~ReloadForm() {
 }
 
 void ReloadForm::show() {
+  if (handle() == nullptr) make();
   const bool first = !dressed();
   readCaptions();
   dress();
@@ -68,6 +76,7 @@ void ReloadForm::show() {
   write(kIdReloadStatus, {});
   write(kIdReloadCount, {});
   write(kIdReloadAbort, {});
+  written_ = 0;
   SendMessageW(control(kIdReloadProgress), PBM_SETPOS, 0, 0);
   EnableWindow(control(IDCANCEL), TRUE);
   if (visible()) return;
@@ -76,14 +85,35 @@ void ReloadForm::show() {
   UpdateWindow(handle());
 }
 
+void ReloadForm::hide() {
+  KillTimer(handle(), kPaceTimer);
+  late_.reset();
+  window::Window::hide();
+}
+
 void ReloadForm::progress(const std::string& status, int done, int genres) {
-  write(kIdReloadStatus, status);
-  write(kIdReloadCount, std::to_string(done + 1) + " / " + std::to_string(genres));
+  if (handle() == nullptr) return;
+  const bool waiting = late_.has_value();
+  late_ = {status, done, genres};
+  if (GetTickCount64() - written_ < kPace) {
+    if (!waiting) SetTimer(handle(), kPaceTimer, kPace, nullptr);
+    return;
+  }
+  write(*late_);
+}
+
+void ReloadForm::write(const Progress& progress) {
+  write(kIdReloadStatus, progress.status);
+  write(kIdReloadCount,
+        std::to_string(progress.done + 1) + " / " + std::to_string(progress.genres));
   const HWND bar = control(kIdReloadProgress);
-  SendMessageW(bar, PBM_SETRANGE32, 0, genres);
-  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(done), 0);
+  SendMessageW(bar, PBM_SETRANGE32, 0, progress.genres);
+  SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(progress.done), 0);
   InvalidateRect(bar, nullptr, FALSE);
   UpdateWindow(handle());
+  written_ = GetTickCount64();
+  KillTimer(handle(), kPaceTimer);
+  late_.reset();
 }
 
 std::optional<LRESULT> ReloadForm::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -94,6 +124,9 @@ std::optional<LRESULT> ReloadForm::onMessage(UINT message, WPARAM wparam, LPARAM
       return 0;
     case WM_CLOSE:
       return onCancel(), 0;
+    case WM_TIMER:
+      if (wparam == kPaceTimer && late_) write(*late_);
+      return 0;
     case DM_GETDEFID:  // Enter
       return MAKELRESULT(IDCANCEL, DC_HASDEFID);
     case WM_SETFOCUS:

@@ -92,6 +92,7 @@ Query::Answer Query::ladeonline(int slot, Mode mode, bool asSearch, const std::s
   const LoadingCaption loading(parts_.icon);
   const std::string_view mark = mode == Mode::reload ? std::string_view() : checked;
   const bool found = parts_.lists.menueinlesen(page.body, parts_.hosts.directory, slot, mark);
+  if (mode != Mode::reload) parts_.lists.finishCaches();  // who reloads all waits once
   parts_.tree.mainmenu.Enabled = true;
   return found ? Answer::done : Answer::no_station;
 }

@@ -25,6 +25,7 @@ void Reload::reloadall() {
   for (int genre = 0; genre < tray::kSearchGenre; ++genre) {
     if (!reloadfunc(genre) || overtaken(turn)) break;
   }
+  parts_.lists.finishCaches();
   if (overtaken(turn)) return;
   parts_.reloadform.hide();
   parts_.icon.setCaption("Kestrel");

@@ -25,6 +25,7 @@ class ReloadView {
 /// What a Reload works with; all of it must outlive it.
 struct ReloadParts {
   Query& query;
+  StationLists& lists;
   ReloadView& reloadform;
   tray::TrayIcon& icon;
   const tray::MenuTree& tree;

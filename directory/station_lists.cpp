@@ -176,8 +176,7 @@ bool StationLists::menueinlesen(std::string_view page, std::string_view host, in
 
   app::makeFolder(paths_.inData("\\data"));
   // Without the file the menu still serves this run.
-  (void)app::replaceFile(paths_.inData("\\data\\" + tree_.mgenre[slot].Tag + ".dat"), file,
-                         app::Keep::through_kill);
+  caches_.replace(paths_.inData("\\data\\" + tree_.mgenre[slot].Tag + ".dat"), std::move(file));
 
   if (!checked.empty()) {
     for (MenuItem& item : menu) item.Checked = item.Checked || item.Tag == checked;
@@ -191,6 +190,7 @@ bool StationLists::writeAtEnd() {
     const std::string file = paths_.inData(kSpecialFile);
     written = app::replaceFile(file, records(tree_.subspecial, 0)) && written;
   }
+  caches_.finish();
   return written;
 }
 

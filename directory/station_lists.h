@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/captions.h"
+#include "app/file_writer.h"
 #include "app/hosts.h"
 #include "app/paths.h"
 #include "app/settings.h"
@@ -54,14 +55,18 @@ class StationLists {
   /// is then untouched.
   [[nodiscard]] bool writeSpecials(const std::vector<OwnEntry>& rows);
 
-  /// The stations of a page become genre `slot`'s menu and its cache file. False
+  /// The stations of a page become genre `slot`'s menu and soon its cache file. False
   /// when there is none: menu and file stay as they are.
   /// `checked` is the address of the station that gets the check mark, if any.
   bool menueinlesen(std::string_view page, std::string_view host, int slot,
                     std::string_view checked);
 
+  /// Waits until the cache files are what the menus are.
+  void finishCaches() { caches_.finish(); }
+
   /// At the end of the program: favourites if there are any, own entries if some
-  /// have expired. False when a file could not be written; the old one is whole.
+  /// have expired; then all caches are written too. False when a file could not be written; the old
+  /// one is whole.
   [[nodiscard]] bool writeAtEnd();
 
  private:
@@ -74,6 +79,7 @@ class StationLists {
   const app::Messages& messages_;
   tray::MenuTree& tree_;
   std::string today_;
+  app::FileWriter caches_;
   bool expired_specials_ = false;
   bool unread_specials_ = false;   // the menu does not hold what the file does
   std::string unread_favourites_;  // the file that could not be read at the start

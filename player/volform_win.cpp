@@ -34,16 +34,18 @@ int tenTwips() {
 }  // namespace
 
 VolForm::VolForm(Volume& volume, const tray::MenuTree& menu)
-    : volume_(volume), menu_(menu), slider_(volume) {
+    : volume_(volume), menu_(menu), slider_(volume) {}
+
+void VolForm::make() {
   create({.class_name = L"volform",
-          .caption = menu.mnuplayervolume.Caption,
+          .caption = menu_.mnuplayervolume.Caption,
           .style = WS_POPUP | WS_CLIPCHILDREN,
           .ex_style = WS_EX_CONTROLPARENT | WS_EX_TOOLWINDOW | WS_EX_TOPMOST,
           .background = -1});
   INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_BAR_CLASSES};
   InitCommonControlsEx(&classes);
   const HWND trackbar =
-      addControl(TRACKBAR_CLASSW, menu.mnuplayervolume.Caption,
+      addControl(TRACKBAR_CLASSW, menu_.mnuplayervolume.Caption,
                  TBS_HORZ | TBS_NOTICKS | TBS_FIXEDLENGTH | WS_TABSTOP, kIdSlider1);
   slider_.attach(trackbar, [this](window::Canvas& canvas) { background(canvas); });
   hook(trackbar);
@@ -59,6 +61,7 @@ VolForm::~VolForm() {
 }
 
 void VolForm::mnuplayervolume_Click() {
+  if (handle() == nullptr) make();
   dress();
   POINT at{};
   GetCursorPos(&at);

@@ -12,7 +12,8 @@
 namespace player {
 
 /// The window `volform`: the volume's slider at the mouse, gone as soon as the
-/// listener turns to something else. User-interface thread.
+/// listener turns to something else. The native window is made when it opens first.
+/// User-interface thread.
 class VolForm final : public window::Window, private window::ControlHook {
  public:
   /// The volume and the menu (whose entry names the slider) outlive this.
@@ -27,6 +28,7 @@ class VolForm final : public window::Window, private window::ControlHook {
   std::optional<LRESULT> onControl(HWND control, UINT message, WPARAM wparam,
                                    LPARAM lparam) override;
   void onDpiChanged() override { dress(); }
+  void make();
   void dress();
   void onPaint();
   void background(window::Canvas& canvas) const;

@@ -67,7 +67,7 @@ class ReloadTest : public DirectoryTest {
 
   FakeReloadForm reloadform_;
   FakeActions actions_;
-  Reload reload_{{query_, reloadform_, icon_, tree_, settings_, messages_}};
+  Reload reload_{{query_, lists_, reloadform_, icon_, tree_, settings_, messages_}};
   tray::StationMenus menus_{tree_, query_, icon_, actions_};
 };
 

@@ -117,6 +117,7 @@ TEST_F(DirectoryTest, AShorterPageLeavesNothingOfTheLongerOne) {
   EXPECT_EQ(entries(tree_.subgenre(0)),
             (Entries{{"c", url("3")}, {"-", "xt"}, {"Reload", "reload"}}));
   EXPECT_FALSE(tree_.subgenre(0)[0].Checked) << "the mark was another station's";
+  lists_.finishCaches();
   EXPECT_EQ(fileText(data("TopTen.dat")), "c%#$" + url("3") + "\r\n");
 }
 

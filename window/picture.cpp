@@ -110,8 +110,9 @@ void drawPicture(HDC dc, HBITMAP picture, int x, int y) {
   const UniqueDc source(CreateCompatibleDC(dc));
   const SelectScope selected(source.get(), picture);
   const BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-  AlphaBlend(dc, x, y, shape.bmWidth, shape.bmHeight, source.get(), 0, 0, shape.bmWidth,
-             shape.bmHeight, blend);
+  // Of gdi32, which is loaded in any case; msimg32's of the shorter name only calls it.
+  GdiAlphaBlend(dc, x, y, shape.bmWidth, shape.bmHeight, source.get(), 0, 0, shape.bmWidth,
+                shape.bmHeight, blend);
 }
 
 }  // namespace window
