@@ -5,6 +5,7 @@
 #include "app/files.h"
 #include "dialogs/file_chooser_win.h"
 #include "dialogs/form2_controls_win.h"
+#include "dialogs/form_layout_win.h"
 #include "dialogs/startup_shortcut_win.h"
 #include "res/resource.h"
 #include "window/mnemonics.h"
@@ -40,8 +41,9 @@ std::string shown(const Control& item, const std::string& caption,
   if (window_class != WC_BUTTONW && !is_label) return caption;
   const bool is_group = !is_label && (item.style & BS_TYPEMASK) == BS_GROUPBOX;
   const bool has_letter = item.page != kAll && (!is_group || item.id == kFrame1);
-  if (!has_letter) return window::Mnemonics::plain(caption);
-  return letters[static_cast<std::size_t>(item.page)].mark(caption);
+  const std::string text = has_letter ? letters[static_cast<std::size_t>(item.page)].mark(caption)
+                                      : window::Mnemonics::plain(caption);
+  return is_group ? groupCaption(text) : text;
 }
 
 }  // namespace

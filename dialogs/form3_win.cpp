@@ -131,30 +131,16 @@ void Form3::restoreButtons() {
 std::optional<LRESULT> Form3::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   if (!dressed()) return std::nullopt;  // still being made
   if (const auto result = onSkinMessage(message, wparam, lparam)) return result;
-  switch (message) {
-    case WM_SETCURSOR:
-      if (!isLink(static_cast<UINT>(GetDlgCtrlID(reinterpret_cast<HWND>(wparam))))) {
-        return std::nullopt;
-      }
-      return SetCursor(LoadCursorW(nullptr, IDC_HAND)), TRUE;
-    case WM_NEXTDLGCTL:
-      return nextControl(wparam, LOWORD(lparam) != 0), 0;
-    default:
-      return Modal::onMessage(message, wparam, lparam);
-  }
+  const bool on_link = message == WM_SETCURSOR &&
+                       isLink(static_cast<UINT>(GetDlgCtrlID(reinterpret_cast<HWND>(wparam))));
+  if (on_link) return SetCursor(LoadCursorW(nullptr, IDC_HAND)), TRUE;
+  return Modal::onMessage(message, wparam, lparam);
 }
 
 // A button that is left with the mouse button down keeps its pressed picture.
 std::optional<LRESULT> Form3::onControl(HWND at, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_LBUTTONDOWN) pressed_.insert(GetDlgCtrlID(at));
   return SkinnedForm::onControl(at, message, wparam, lparam);
-}
-
-// The notice, being of several lines, takes Tab itself and asks for the next control.
-void Form3::nextControl(WPARAM where, bool is_handle) {
-  const HWND next = is_handle ? reinterpret_cast<HWND>(where)
-                              : GetNextDlgTabItem(handle(), GetFocus(), where != 0 ? TRUE : FALSE);
-  SetFocus(next);
 }
 
 void Form3::layOut() {

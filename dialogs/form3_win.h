@@ -32,7 +32,6 @@ class Form3 final : public window::Modal, private SkinnedForm {
   void addLinks();
   void checkupdate();
   void openPage(const std::string& address);
-  void nextControl(WPARAM where, bool is_handle);
   void layOut() override;
   int placeLinks(int top);
   void placeButtons(int top);

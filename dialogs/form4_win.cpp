@@ -98,8 +98,8 @@ void Form4::showTexts(const app::ChooserTexts& texts) {
     if (!text && !english) return;  // what a file leaves out stays as it is
     const std::string& caption = text ? *text : captions_.get(name);
     const std::string shown = id == kLabel1   ? caption
-                              : id == kFrame2 ? window::Mnemonics().mark(caption)
-                                              : window::Mnemonics::plain(caption);
+                              : id == kFrame2 ? groupCaption(window::Mnemonics().mark(caption))
+                                              : groupCaption(window::Mnemonics::plain(caption));
     SetWindowTextW(control(id), window::toWide(shown).c_str());
   };
   show(kFrame1, "Form4.Frame1", texts.frame1);

@@ -47,6 +47,11 @@ int textHeightUnits(const std::wstring& text, HFONT font, int width, window::Dpi
   return units(area.bottom, dpi) + 2;
 }
 
+// With a blank at its end: Wine cuts the last letter otherwise.
+std::string groupCaption(const std::string& marked) {
+  return marked + " ";
+}
+
 void setFont(HWND window, HFONT font) {
   EnumChildWindows(window, setFontOf, reinterpret_cast<LPARAM>(font));
 }

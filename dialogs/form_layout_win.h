@@ -25,6 +25,9 @@ struct FormArea {
 /// Units that a text takes in height when its lines are broken to a width.
 [[nodiscard]] int textHeightUnits(const std::wstring& text, HFONT font, int width, window::Dpi dpi);
 
+/// A group box's window text for a caption whose letter, if any, is marked.
+[[nodiscard]] std::string groupCaption(const std::string& marked);
+
 /// Gives every control of a window its font.
 void setFont(HWND window, HFONT font);
 

@@ -216,7 +216,9 @@ std::optional<LRESULT> PlayerWindow::onNotify(NMHDR& header) {
   if (header.code != TTN_GETDISPINFOW || !everShown()) return std::nullopt;
   auto& info = reinterpret_cast<NMTTDISPINFOW&>(header);
   if ((info.uFlags & TTF_IDISHWND) != 0) {
-    tip_text_ = textOf(GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom)));
+    const int id = GetDlgCtrlID(reinterpret_cast<HWND>(header.idFrom));
+    tip_text_ = textOf(id);
+    if (id == kIdchkSave && !mini_) tip_text_.clear();  // there it is written on it
   } else {
     // Labels tell only what they had to cut.
     const bool name = header.idFrom == kIdlblName;

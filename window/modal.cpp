@@ -63,7 +63,15 @@ void Modal::end() {
   PostMessageW(handle(), WM_NULL, 0, 0);
 }
 
-std::optional<LRESULT> Modal::onMessage(UINT message, WPARAM wparam, LPARAM) {
+// An edit field of several lines, which takes Tab itself, asks for it, and under Wine the
+// letters of captions do.
+void Modal::nextControl(WPARAM where, bool is_handle) {
+  const HWND next = is_handle ? reinterpret_cast<HWND>(where)
+                              : GetNextDlgTabItem(handle(), GetFocus(), where != 0 ? TRUE : FALSE);
+  SetFocus(next);
+}
+
+std::optional<LRESULT> Modal::onMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
     case WM_COMMAND:
       return onCommand(LOWORD(wparam), HIWORD(wparam)), 0;
@@ -73,6 +81,8 @@ std::optional<LRESULT> Modal::onMessage(UINT message, WPARAM wparam, LPARAM) {
       const HWND focus = GetFocus();
       return MAKELRESULT(isPushButton(focus) ? GetDlgCtrlID(focus) : IDOK, DC_HASDEFID);
     }
+    case WM_NEXTDLGCTL:
+      return nextControl(wparam, LOWORD(lparam) != 0), 0;
     case WM_ACTIVATE:
       if (LOWORD(wparam) == WA_INACTIVE && IsChild(handle(), GetFocus()) != FALSE) {
         focus_ = GetFocus();

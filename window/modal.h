@@ -25,6 +25,8 @@ class Modal : public Window {
 
  private:
   void wait();
+  /// The focus to a control, or on from where it is.
+  void nextControl(WPARAM where, bool is_handle);
 
   bool open_ = false;
   HWND focus_ = nullptr;  ///< control that has the focus while the window is active

@@ -14,7 +14,7 @@ CHOOSER = {name: 1001 + i for i, name in enumerate("Picture1 Label2 Frame1 Label
 PAGES = ["Frame3", "Frame4", "Frame2", "Frame5", "Frame6"]
 
 BM_GETCHECK = 0xF0
-LB_GETSEL, LB_GETCURSEL, LB_GETCOUNT, LB_GETSELCOUNT = 0x187, 0x188, 0x18B, 0x190
+LB_GETSEL, LB_GETCURSEL, LB_GETCOUNT, LB_GETSELCOUNT, LB_GETCARETINDEX = 0x187, 0x188, 0x18B, 0x190, 0x19F
 CB_GETCURSEL, CB_GETCOUNT, CB_GETDROPPEDSTATE = 0x147, 0x146, 0x157
 LVM_GETITEMCOUNT = 0x1004
 
@@ -36,11 +36,11 @@ class Dialog:
         return self.controls()[name]
 
     def text(self, name):
-        """Of a caption without the mark of its letter."""
+        """Of a caption what is to be read."""
         control = self[name]
         if control.class_name not in ("Button", "Static"):
             return control.text
-        return control.text.replace("&&", "\0").replace("&", "").replace("\0", "&")
+        return control.text.replace("&&", "\0").replace("&", "").replace("\0", "&").rstrip()
 
     def click(self, name):
         self.desktop.click(self[name].middle)

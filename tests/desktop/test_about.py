@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import time
 import unittest
 
 from case import Case
@@ -80,6 +81,29 @@ class About(Case):
         dialog = self.about()
         dialog.press("Return")
         dialog.closed()
+
+    def test_a_button_left_while_it_is_held_shows_that_until_an_update_check(self):
+        self.start()
+        dialog = self.about()
+        left, top, _, _ = dialog.window().rect
+        elsewhere = left + 200, top + 20
+
+        def look():
+            return self.desktop.pixels(dialog["Label7"].rect)
+
+        self.desktop.move(elsewhere)
+        before = look()
+        self.desktop.press(dialog["Label7"].middle)
+        wait_for(lambda: look() != before, "the pressed picture")
+        self.desktop.move(elsewhere)
+        self.desktop.release()
+        time.sleep(0.3)
+        self.assertNotEqual(before, look())
+        self.assertFalse(os.path.exists(self.recorded))
+        dialog.click("Label4")
+        self.assertIn("update2.php", self.browsed())
+        self.desktop.move(elsewhere)
+        wait_for(lambda: look() == before, "the normal picture")
 
     # --- the language chooser
 

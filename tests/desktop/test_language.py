@@ -68,10 +68,10 @@ class Language(Case):
         self.assertEqual(german["6006"], self.kestrel.control("mini").text)
 
     def test_old_files_show_their_letters_and_hostile_ones_do_no_harm(self):
-        self.own_file("old.kesl", "1033:Größe\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
+        self.own_file("old.kesl", "1033:Größe & Co\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
         self.start(language="old.kesl")
         menu = self.kestrel.look()
-        self.assertEqual(["Größe", "About", "Fin e"], [menu.labels[i] for i in (5, 7, 9)])
+        self.assertEqual(["Größe & Co", "About", "Fin e"], [menu.labels[i] for i in (5, 7, 9)])
         self.kestrel.kill()
         self.own_file("noise.kesl", bytes(range(256)) * 2000 + b"\n1035:" + b"x" * 100000)
         self.start(language="noise.kesl")

@@ -8,6 +8,8 @@ from case import Case
 from kestrel import RIGHT
 from processes import wait_for
 
+TBM_GETPOS = 0x400
+
 
 class Window(Case):
     def setUp(self):
@@ -136,6 +138,31 @@ class Window(Case):
         self.assertEqual(["On Top"], [i.label for i in menu.items if i.checked])
         self.desktop.click(menu["On Top"].middle)
         wait_for(lambda: not self.kestrel.player().topmost, "it to be like others")
+
+    def test_wheel_arrows_and_esc_work_wherever_the_pointer_is_on_it(self):
+        def volume():
+            return self.desktop.probe.send(self.kestrel.control("volume"), TBM_GETPOS)
+
+        left, top, _, _ = self.kestrel.player().rect
+        self.assertEqual(10000, volume())
+        self.desktop.move((left + 150, top + 12))
+        self.desktop.wheel(down=True, steps=2)
+        self.desktop.key("Left")
+        wait_for(lambda: volume() == 8500, lambda: f"three steps less; {volume()}")
+        self.desktop.key("Escape")
+        wait_for(lambda: not self.kestrel.player(), "it to hide")
+
+    def test_its_corners_are_cut_away(self):
+        left, top, right, bottom = self.kestrel.player().rect
+
+        def pixel(x, y):
+            return self.desktop.pixels((x, y, x + 1, y + 1))
+
+        outside = pixel(left - 5, top - 5)
+        for x, y in ((left, top), (right - 2, top), (left, bottom - 1), (right - 2, bottom - 1), (right - 1, top + 50)):
+            self.assertEqual(outside, pixel(x, y), (x, y))
+        for x, y in ((left, top + 50), (right - 2, top + 50), (left + 50, top), (left + 50, bottom - 1)):
+            self.assertNotEqual(outside, pixel(x, y), (x, y))
 
     def test_its_small_form(self):
         whole = self.kestrel.player().rect

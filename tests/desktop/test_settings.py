@@ -7,9 +7,9 @@ import time
 import unittest
 
 from case import Case
-from kestrel import RIGHT
+from kestrel import LEFT, RIGHT
 from processes import wait_for
-from settings_dialog import CB_GETCURSEL, LB_GETSEL, LB_GETSELCOUNT, LVM_GETITEMCOUNT, PAGES, SettingsDialog
+from settings_dialog import CB_GETCURSEL, LB_GETCARETINDEX, LB_GETSEL, LB_GETSELCOUNT, LVM_GETITEMCOUNT, PAGES, SettingsDialog
 
 GERMAN = """language:Deutsch
 author:Anna
@@ -30,8 +30,8 @@ class Settings(Case):
             self.start(**settings)
         return SettingsDialog(self.kestrel)
 
-    def stored(self, *names):
-        self.kestrel.quit()
+    def stored(self, *names, button=LEFT):
+        self.kestrel.quit(button)
         return [self.kestrel.setting(name) for name in names]
 
     def write_language(self, name, text):
@@ -70,6 +70,26 @@ class Settings(Case):
             dialog.checked(n) for n in ("Check1", "Check2", "Check4", "Check5", "Option1(2)")])
         self.assertEqual(("77", "61"), (dialog.text("Text1"), dialog.text("Text2")))
 
+    def test_the_next_start_goes_by_what_ok_stored(self):
+        self.write_language("de.kesl", GERMAN + "1010:Dschäss\n")
+        dialog = self.open(rightmouse=2)
+        dialog.choose("ic1", 1)
+        dialog.page(2)
+        dialog.click("Command2")
+        self.assertEqual(0, dialog.send("List1", LB_GETCARETINDEX))
+        dialog.click("Command1")
+        dialog.page(4)
+        dialog.choose("Combo1", 1)
+        dialog.choose("Combo2", 2)  # which gives the left button its main menu back
+        self.assertEqual((0, 2), (dialog.send("Combo1", CB_GETCURSEL), dialog.send("Combo2", CB_GETCURSEL)))
+        dialog.choose("Combo1", 1)
+        dialog.ok()
+        self.assertEqual(["de.kesl", "1", "0"], self.stored("language", "leftmouse", "rightmouse", button=RIGHT))
+        self.kestrel.start("-nos")
+        genres = self.kestrel.look()
+        self.assertEqual(("Die besten 25", True), (genres.labels[0], "Dschäss" in genres.labels))
+        self.assertIn("Einstellungen", self.kestrel.look(button=RIGHT).labels)
+
     def test_cancel_and_esc_apply_nothing(self):
         self.kestrel.write_list("special", [(b"Mine", b"http://127.0.0.1/1")])
         for leave in (lambda: dialog.cancel(), lambda: (dialog.press("Escape"), dialog.closed())):
@@ -105,7 +125,9 @@ class Settings(Case):
             dialog.press("Down")
             wait_for(lambda: dialog[PAGES[number]].visible, f"page {number}")
             self.assertEqual([PAGES[number]], [p for p in PAGES if dialog[p].visible])
-        dialog.press(*["Up"] * 4, "Tab", "space", "Return")
+        dialog.press(*["Up"] * 4, "Tab", "space", "alt+m")
+        wait_for(lambda: dialog.focus() == "Text1", "the field whose letter it is")
+        dialog.press("Return")
         dialog.closed()
         self.assertEqual(["1"], self.stored("showsplash"))
 
