@@ -26,7 +26,7 @@ from wine import Prefix  # noqa: E402
 FOLDER, PROBE, OBJDUMP, RADIO = sys.argv[1:5]
 # What every Windows has; anything else would have to be installed with the program.
 SYSTEM = {"bcrypt.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "user32.dll", "winhttp.dll",
-          "winmm.dll", "ws2_32.dll"}
+          "ws2_32.dll"}
 EXPORTS = """BASS_ChannelGetInfo BASS_ChannelGetTags BASS_ChannelPlay BASS_ChannelSetAttributes
 BASS_ChannelSetSync BASS_ChannelStop BASS_ErrorGetCode BASS_Free BASS_GetVersion BASS_Init
 BASS_PluginFree BASS_PluginLoad BASS_SetConfig BASS_StreamCreateURL BASS_StreamFree
