@@ -1,5 +1,8 @@
 #include "engine/byte_source.h"
 
+#include "engine/chunked_source.h"
+#include "engine/playlist.h"
+
 namespace engine {
 namespace {
 
@@ -35,8 +38,13 @@ OpenedSource openSource(const Url& url, const Interrupt& interrupt, const Status
     const auto open = next.secure ? openHttps : openHttp;
     OpenedSource opened = open(next, interrupt, status, from);
     if (!opened.source) return opened;
-    const ResponseHead& head = opened.source->head();
+    opened.url = next;
+    const ResponseHead head = opened.source->head();
     status(headTexts(head));
+    // The system's own way to https has taken chunks apart already.
+    if (!next.secure && startsWithAnyCase(head.value("transfer-encoding"), "chunked")) {
+      opened.source = std::make_unique<ChunkedSource>(std::move(opened.source));
+    }
     if (head.status == 200 || (from != 0 && beginsAt(head, from))) return opened;
     if (isFinal(head)) return {nullptr, NetError::gone};
     if (!isRedirect(head.status)) break;

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "engine/icy.h"
@@ -17,11 +19,17 @@ class ByteSource {
   virtual const ResponseHead& head() const = 0;
   /// Waits for at least one byte. `got` 0 without an error: the stream has ended.
   [[nodiscard]] virtual NetError read(uint8_t* to, size_t room, size_t& got) = 0;
+  /// A title, in UTF-8, that counts from the bytes on which the last read gave;
+  /// nothing when it goes on. For sources that have titles of their own.
+  virtual std::optional<std::string> takeTitle() { return std::nullopt; }
+  /// The stream has ended for good: asking again would bring it from its beginning.
+  virtual bool isOver() const { return false; }
 };
 
 struct OpenedSource {
   std::unique_ptr<ByteSource> source;  ///< null unless the server gave a stream
   NetError error = NetError::none;
+  Url url{};  ///< where it was found, past all redirects
 };
 
 /// Takes what the listener may be told while a stream opens: a text that ends with

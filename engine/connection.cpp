@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "engine/station_source.h"
+
 namespace engine {
 namespace {
 
@@ -62,14 +64,19 @@ NetError Connection::open() {
 
 OpenedSource Connection::tryOpen() {
   try {
-    return openSource(url_, interrupt_, status_, file_length_ ? received_ : 0);
+    return openStation(url_, interrupt_, status_, file_length_ ? received_ : 0);
   } catch (const std::exception&) {  // no memory, or no thread to look the name up
     return {nullptr, NetError::failed};
   }
 }
 
 bool Connection::isComplete() const {
+  if (source_->isOver()) return true;
   return file_length_ ? received_ >= *file_length_ : lengthOf(head_) == brought_;
+}
+
+std::optional<std::string> Connection::takeTitle() {
+  return source_->takeTitle();
 }
 
 bool Connection::openAgain() {

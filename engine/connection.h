@@ -27,7 +27,8 @@ class Connection {
 
   /// The answer to the last open.
   const ResponseHead& head() const { return head_; }
-  /// As ByteSource::read.
+  /// As ByteSource's.
+  std::optional<std::string> takeTitle();
   [[nodiscard]] NetError read(uint8_t* to, size_t room, size_t& got);
 
  private:

@@ -101,6 +101,7 @@ void Downloader::download(Connection& connection) {
   while (open) {
     size_t got = 0;
     if (connection.read(bytes.get(), kReadSize, got) != NetError::none || got == 0) return;
+    if (const auto own = connection.takeTitle()) buffer_.markTitle(titleTagOf(*own), position);
     reader.feed(bytes.get(), got, sound, title);
     if (got < kReadSize) nap();
   }

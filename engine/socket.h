@@ -20,6 +20,7 @@ enum class NetError {
   no_network,   ///< this machine has no road to it
   failed,       ///< refused, reset or closed early
   timeout,
+  format,       ///< there, but nothing that can be played
   unsupported,  ///< a scheme or answer that is not spoken here
   gone,         ///< the server says that there is no such stream
 };

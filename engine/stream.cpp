@@ -28,6 +28,8 @@ int bassError(NetError error) {
       return BASS_ERROR_NONET;
     case NetError::timeout:
       return BASS_ERROR_TIMEOUT;
+    case NetError::format:
+      return BASS_ERROR_FILEFORM;
     case NetError::name:
     case NetError::failed:
     case NetError::unsupported:
@@ -86,17 +88,18 @@ int Stream::open(const std::vector<Codec>& codecs) {
 int Stream::recognise(const std::vector<Codec>& codecs) {
   const auto deadline = Clock::now() + kRecogniseTime;
   for (size_t wanted = 1; buffer_.waitFilled(wanted, deadline);) {
+    const std::vector<uint8_t> head = buffer_.peek(buffer_.capacity());
     bool undecided = false;
-    if (matchCodec(codecs, undecided)) return BASS_OK;
-    wanted = buffer_.level().unread() + 1;
+    if (matchCodec(codecs, head, undecided)) return BASS_OK;
+    wanted = head.size() + 1;
     if (!undecided || wanted > buffer_.capacity()) return BASS_ERROR_FILEFORM;
   }
   if (interrupt_.isSet()) return BASS_ERROR_HANDLE;
   return buffer_.level().finished ? BASS_ERROR_FILEFORM : BASS_ERROR_TIMEOUT;
 }
 
-bool Stream::matchCodec(const std::vector<Codec>& codecs, bool& undecided) {
-  const std::vector<uint8_t> head = buffer_.peek(buffer_.capacity());
+bool Stream::matchCodec(const std::vector<Codec>& codecs, const std::vector<uint8_t>& head,
+                        bool& undecided) {
   for (const Codec& codec : codecs) {
     const int match =
         codec.functions->recognise(head.data(), static_cast<int>(head.size()), &format_);

@@ -56,7 +56,8 @@ class Stream {
 
   void takeTitle(const std::string& text);
   int recognise(const std::vector<Codec>& codecs);
-  bool matchCodec(const std::vector<Codec>& codecs, bool& undecided);
+  bool matchCodec(const std::vector<Codec>& codecs, const std::vector<uint8_t>& head,
+                  bool& undecided);
   uint32_t likelyBitrate() const;
   size_t reportedSize() const;
   unsigned cushionMilliseconds();

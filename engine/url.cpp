@@ -39,6 +39,27 @@ std::string cleanPath(std::string_view text) {
   return clean;
 }
 
+// The path with its "." and ".." steps taken (RFC 3986, 5.2.4); the query is left.
+std::string withoutDots(std::string_view path) {
+  const size_t query = std::min(path.find('?'), path.size());
+  std::string taken;
+  for (size_t from = 0; from < query;) {
+    const size_t end = std::min(path.find('/', from + 1), query);
+    const std::string_view step = path.substr(from, end - from);
+    if (step == "/..") {
+      taken.resize(std::min(taken.rfind('/'), taken.size()));
+      if (end == query) taken += '/';
+    } else if (step != "/.") {
+      taken += step;
+    } else if (end == query) {
+      taken += '/';
+    }
+    from = end;
+  }
+  if (taken.empty()) taken = "/";
+  return taken.append(path.substr(query));
+}
+
 bool splitHost(std::string_view text, Url& url) {
   if (const size_t at = text.rfind('@'); at != std::string_view::npos) text.remove_prefix(at + 1);
   std::string_view port;
@@ -106,11 +127,11 @@ std::optional<Url> resolveRedirect(const Url& from, std::string_view location) {
   }
   Url url = from;
   if (location.front() == '/') {
-    url.path = cleanPath(location);
+    url.path = withoutDots(cleanPath(location));
   } else {
     const std::string_view folder = std::string_view(from.path).substr(0, from.path.find('?'));
-    url.path =
-        cleanPath(std::string(folder.substr(0, folder.rfind('/') + 1)) + std::string(location));
+    url.path = withoutDots(
+        cleanPath(std::string(folder.substr(0, folder.rfind('/') + 1)) + std::string(location)));
   }
   return url;
 }

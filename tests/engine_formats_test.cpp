@@ -12,36 +12,6 @@ namespace {
 
 using Note = Listener::Note;
 
-/// The tones of the sound in their order, each that lasts at least `least` seconds.
-std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>& known,
-                         double least = 0.3) {
-  constexpr size_t kPiece = Tape::kRate / 10;
-  std::vector<int> tones;
-  int last = 0;
-  int pieces = 0;
-  for (size_t from = 0; from + kPiece <= sound.size(); from += kPiece) {
-    const auto begin = sound.begin() + static_cast<std::ptrdiff_t>(from);
-    const std::vector<float> piece(begin, begin + kPiece);
-    int found = 0;
-    for (const int tone : known) {
-      if (rootMeanSquare(piece) > 0.01 && toneShare(piece, tone) > 0.8) found = tone;
-    }
-    pieces = found == last ? pieces + 1 : 1;
-    last = found;
-    const bool long_enough = pieces >= static_cast<int>(least * 10);
-    if (long_enough && found != 0 && (tones.empty() || tones.back() != found)) {
-      tones.push_back(found);
-    }
-  }
-  return tones;
-}
-
-std::vector<std::string> texts(const std::vector<Note>& notes) {
-  std::vector<std::string> all;
-  for (const Note& note : notes) all.push_back(note.text);
-  return all;
-}
-
 struct Format {
   const char* name;
   const char* words;  ///< the encoder's

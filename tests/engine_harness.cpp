@@ -384,6 +384,35 @@ double toneShare(const std::vector<float>& samples, double frequency) {
   return all > 0 ? found / all : 0;
 }
 
+std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>& known,
+                         double least) {
+  constexpr size_t kPiece = Tape::kRate / 10;
+  std::vector<int> tones;
+  int last = 0;
+  int pieces = 0;
+  for (size_t from = 0; from + kPiece <= sound.size(); from += kPiece) {
+    const auto begin = sound.begin() + static_cast<std::ptrdiff_t>(from);
+    const std::vector<float> piece(begin, begin + kPiece);
+    int found = 0;
+    for (const int tone : known) {
+      if (rootMeanSquare(piece) > 0.01 && toneShare(piece, tone) > 0.8) found = tone;
+    }
+    pieces = found == last ? pieces + 1 : 1;
+    last = found;
+    const bool long_enough = pieces >= static_cast<int>(least * 10);
+    if (long_enough && found != 0 && (tones.empty() || tones.back() != found)) {
+      tones.push_back(found);
+    }
+  }
+  return tones;
+}
+
+std::vector<std::string> texts(const std::vector<Listener::Note>& notes) {
+  std::vector<std::string> all;
+  for (const Listener::Note& note : notes) all.push_back(note.text);
+  return all;
+}
+
 std::string soundBytes(const std::string& file) {
   std::ifstream in(DEMO_SOUNDS "/" + file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};

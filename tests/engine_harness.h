@@ -171,6 +171,11 @@ class Listener {
 /// Share of the samples' power that is at `frequency` (and a little around it).
 double toneShare(const std::vector<float>& samples, double frequency);
 double rootMeanSquare(const std::vector<float>& samples);
+/// Those of the known tones that the sound has, in its order, each of at least that
+/// many seconds.
+std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>& known,
+                         double least = 0.3);
+std::vector<std::string> texts(const std::vector<Listener::Note>& notes);
 
 /// A sound of the demo radio as it is sent, e.g. its station's MP3.
 std::string soundBytes(const std::string& file);

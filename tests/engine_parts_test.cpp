@@ -115,6 +115,8 @@ TEST(Url, FollowsEveryKindOfRedirect) {
       {"//other.example:81/a", "other.example:81 /a"},
       {"/root", "radio.example:8000 /root"},
       {"beside.mp3", "radio.example:8000 /folder/beside.mp3"},
+      {"../a/./b/../c?d=/../e", "radio.example:8000 /a/c?d=/../e"},
+      {"/../../a/..", "radio.example:8000 /"},
       {"https://other.example/", "other.example /"}};
   for (const auto& [location, expected] : cases) {
     const auto url = resolveRedirect(from, location);

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -97,16 +98,25 @@ void WebServer::serve(int client) {
   while (recv(client, some, sizeof some, 0) > 0) continue;
 }
 
+std::map<std::string, std::string> filesOf(const std::string& command) {
+  const Folder folder;
+  EXPECT_EQ(0, std::system(("cd " + folder.path() + " && " + command).c_str())) << command;
+  std::map<std::string, std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+    std::ifstream in(entry.path(), std::ios::binary);
+    files[entry.path().filename()] = {std::istreambuf_iterator<char>(in), {}};
+  }
+  return files;
+}
+
+std::string sineInput(int frequency, double seconds) {
+  return "ffmpeg -nostdin -loglevel error -f lavfi -i sine=frequency=" + std::to_string(frequency) +
+         ":sample_rate=48000:duration=" + std::to_string(seconds) + " -bitexact ";
+}
+
 std::string encodedSine(int frequency, double seconds, const std::string& words,
                         const std::string& file) {
-  const Folder folder;
-  const std::string command =
-      "cd " + folder.path() + " && ffmpeg -nostdin -loglevel error -f lavfi -i sine=frequency=" +
-      std::to_string(frequency) + ":sample_rate=48000:duration=" + std::to_string(seconds) +
-      " -bitexact " + words + " " + file;
-  EXPECT_EQ(0, std::system(command.c_str())) << command;
-  std::ifstream in(folder.path() + "/" + file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  return filesOf(sineInput(frequency, seconds) + words + " " + file)[file];
 }
 
 }  // namespace engine_test

@@ -40,6 +40,12 @@ class WebServer {
   std::thread accepting_;  // last: it uses the rest
 };
 
+/// The files that a shell command makes in the folder it runs in, by their names.
+std::map<std::string, std::string> filesOf(const std::string& command);
+
+/// ffmpeg's words for a sine of that frequency, as its input.
+std::string sineInput(int frequency, double seconds);
+
 /// The file that ffmpeg makes with these words (its name is added to them), from a
 /// sine of that frequency.
 std::string encodedSine(int frequency, double seconds, const std::string& words,

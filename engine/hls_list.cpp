@@ -1,0 +1,101 @@
+#include "engine/hls_list.h"
+
+#include <algorithm>
+
+#include "engine/fetch.h"
+#include "engine/playlist.h"
+
+namespace engine {
+namespace {
+
+// So far from a live list's end, in segments: as near as is safe.
+constexpr size_t kBehind = 3;
+constexpr size_t kLargestList = 4 << 20;
+constexpr int kMostFailures = 3;
+constexpr double kShortestWait = 0.5;
+constexpr double kLongestWait = 10;
+// A list without news for so long, or for so many of its segments, is dead.
+constexpr double kDeadSeconds = 20;
+constexpr double kDeadSegments = 4;
+
+std::chrono::milliseconds milliseconds(double seconds) {
+  return std::chrono::milliseconds(static_cast<int64_t>(seconds * 1000));
+}
+
+uint64_t startOf(const HlsPlaylist& list) {
+  if (list.segments.empty()) return 0;
+  const size_t count = list.segments.size();
+  const size_t first = list.ended || count <= kBehind ? 0 : count - kBehind;
+  return list.segments[first].number;
+}
+
+}  // namespace
+
+HlsList::HlsList(HlsPlaylist list, Url url, const Interrupt& interrupt)
+    : list_(std::move(list)),
+      url_(std::move(url)),
+      interrupt_(interrupt),
+      next_number_(startOf(list_)),
+      reload_at_(Clock::now() + interval(true)) {}
+
+// A live list is asked for again after one segment's time, or half of it when it
+// brought nothing.
+std::chrono::milliseconds HlsList::interval(bool changed) const {
+  const double seconds = list_.target_seconds * (changed ? 1 : 0.5);
+  return milliseconds(std::clamp(seconds, kShortestWait, kLongestWait));
+}
+
+bool HlsList::takeNext(HlsSegment& segment) {
+  const auto found =
+      std::find_if(list_.segments.begin(), list_.segments.end(),
+                   [this](const HlsSegment& each) { return each.number >= next_number_; });
+  if (found == list_.segments.end()) return false;
+  segment = *found;
+  segment.discontinuity = segment.discontinuity || skipped_ || segment.number > next_number_;
+  skipped_ = false;
+  next_number_ = segment.number + 1;
+  return true;
+}
+
+NetError HlsList::next(HlsSegment& segment, bool& over) {
+  over = false;
+  for (;;) {
+    if (takeNext(segment)) {
+      last_news_ = Clock::now();
+      return NetError::none;
+    }
+    if (list_.ended) {
+      over = true;
+      return NetError::none;
+    }
+    const double patience = std::max(kDeadSeconds, kDeadSegments * list_.target_seconds);
+    if (Clock::now() - last_news_ > milliseconds(patience)) return NetError::timeout;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(reload_at_ - Clock::now());
+    if (left.count() > 0 && interrupt_.wait(left)) return NetError::interrupted;
+    if (const NetError error = reload(); error != NetError::none) return error;
+  }
+}
+
+NetError HlsList::reload() {
+  std::string text;
+  const NetError error = fetchDocument(url_, interrupt_, kLargestList, text);
+  if (error == NetError::interrupted || error == NetError::gone) return error;
+  auto list = error == NetError::none ? parseHls(text) : std::nullopt;
+  if (!list || !list->variants.empty()) {
+    reload_at_ = Clock::now() + interval(false);
+    return ++failures_ < kMostFailures ? NetError::none : NetError::failed;
+  }
+  failures_ = 0;
+  const uint64_t last = list->segments.empty() ? 0 : list->segments.back().number;
+  const bool changed = !list->segments.empty() && last >= next_number_;
+  // The server has begun to count anew.
+  if (!list->segments.empty() && last + 1 < next_number_ && !list->ended) {
+    next_number_ = startOf(*list);
+    skipped_ = true;
+  }
+  list_ = std::move(*list);
+  reload_at_ = Clock::now() + interval(changed);
+  return NetError::none;
+}
+
+}  // namespace engine

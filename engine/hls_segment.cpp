@@ -1,0 +1,88 @@
+#include "engine/hls_segment.h"
+
+extern "C" {
+#include <libavutil/aes.h>
+#include <libavutil/mem.h>
+}
+
+#include <algorithm>
+
+#include "engine/fetch.h"
+
+namespace engine {
+namespace {
+
+constexpr size_t kReadSize = 8 * 1024;
+
+}  // namespace
+
+void HlsSegmentReader::FreeCipher::operator()(AVAES* cipher) const {
+  av_free(cipher);
+}
+
+NetError HlsSegmentReader::open(const Url& base, const HlsSegment& segment) {
+  close();
+  cipher_.reset();
+  encrypted_.clear();
+  if (segment.key.method == HlsKey::Method::unknown || segment.part) return NetError::format;
+  const auto url = resolveRedirect(base, segment.address);
+  if (!url) return NetError::format;
+  if (segment.key.method == HlsKey::Method::aes128) {
+    if (const NetError error = loadKey(base, segment.key); error != NetError::none) return error;
+    vector_ = segment.key.iv.value_or(std::array<uint8_t, kBlock>{});
+    for (size_t i = 0; i < 8 && !segment.key.iv; ++i) {
+      vector_[kBlock - 1 - i] = static_cast<uint8_t>(segment.number >> (8 * i));
+    }
+  }
+  OpenedSource opened = openSource(*url, interrupt_, [](const std::string&) {});
+  source_ = std::move(opened.source);
+  return opened.error;
+}
+
+NetError HlsSegmentReader::loadKey(const Url& base, const HlsKey& key) {
+  if (key.address != key_address_ || key_.size() != kBlock) {
+    auto url = resolveRedirect(base, key.address);
+    if (!url) return NetError::format;
+    key_address_.clear();
+    const NetError error = fetchDocument(*url, interrupt_, kBlock, key_);
+    if (error != NetError::none) return error;
+    if (key_.size() != kBlock) return NetError::format;
+    key_address_ = key.address;
+  }
+  cipher_.reset(av_aes_alloc());
+  if (!cipher_) return NetError::failed;
+  av_aes_init(cipher_.get(), reinterpret_cast<const uint8_t*>(key_.data()), 128, 1);
+  return NetError::none;
+}
+
+NetError HlsSegmentReader::read(uint8_t* to, size_t room, size_t& got) {
+  return cipher_ ? readEncrypted(to, room, got) : source_->read(to, room, got);
+}
+
+// The last block tells how much of it is filling; so one is always kept back until
+// the end is known.
+NetError HlsSegmentReader::readEncrypted(uint8_t* to, size_t room, size_t& got) {
+  got = 0;
+  bool ended = false;
+  while (encrypted_.size() < 2 * kBlock && !ended) {
+    const size_t had = encrypted_.size();
+    encrypted_.resize(had + kReadSize);
+    size_t more = 0;
+    const NetError error = source_->read(encrypted_.data() + had, kReadSize, more);
+    encrypted_.resize(had + more);
+    if (error != NetError::none) return error;
+    ended = more == 0;
+  }
+  const size_t whole = encrypted_.size() / kBlock;
+  const size_t blocks = std::min(ended ? whole : whole - 1, room / kBlock);
+  if (blocks == 0) return NetError::none;
+  av_aes_crypt(cipher_.get(), to, encrypted_.data(), static_cast<int>(blocks), vector_.data(), 1);
+  encrypted_.erase(encrypted_.begin(),
+                   encrypted_.begin() + static_cast<std::ptrdiff_t>(blocks * kBlock));
+  got = blocks * kBlock;
+  const size_t filling = to[got - 1];
+  if (ended && blocks == whole && filling >= 1 && filling <= kBlock) got -= filling;
+  return NetError::none;
+}
+
+}  // namespace engine

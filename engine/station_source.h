@@ -1,0 +1,13 @@
+#pragma once
+
+#include "engine/byte_source.h"
+
+namespace engine {
+
+/// Asks for a station as openSource does, and makes of whatever is at its address a
+/// stream of sound: follows playlists to the first entry that answers, HLS to its
+/// segments, and a radio server's page to the stream behind it.
+OpenedSource openStation(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                         uint64_t from);
+
+}  // namespace engine
