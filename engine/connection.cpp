@@ -101,8 +101,8 @@ bool Connection::openAgain() {
 
 NetError Connection::read(uint8_t* to, size_t room, size_t& got) {
   for (;;) {
-    const NetError error =
-        source_->read(to, to_skip_ == 0 ? room : std::min<uint64_t>(room, to_skip_), got);
+    if (to_skip_ != 0 && to_skip_ < room) room = static_cast<size_t>(to_skip_);
+    const NetError error = source_->read(to, room, got);
     if (error != NetError::none || got == 0) return error;
     brought_ += got;
     if (to_skip_ == 0) break;
