@@ -8,9 +8,10 @@
 
 namespace app {
 
-/// Replaces files whole without making its owner wait for the disk: in order, on a
-/// thread that lives only while there is something to write. For files that can be
-/// fetched again: what cannot be written leaves the old file, and nobody is told.
+/// Replaces files whole without making its owner wait for the disk: in order, as soon
+/// as there is a pause, on a thread that lives only while there is something to write.
+/// For files that can be fetched again: what cannot be written leaves the old file, and
+/// nobody is told.
 class FileWriter {
  public:
   FileWriter() = default;
@@ -30,10 +31,12 @@ class FileWriter {
     std::string contents;
   };
   void run();
+  void waitForPause(std::unique_lock<std::mutex>& lock);
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Job> jobs_;     // guarded by mutex_; the first stays while it is written
+  bool hurry_ = false;       // guarded by mutex_; somebody waits for it
   bool ending_ = false;      // guarded by mutex_
   bool has_thread_ = false;  // guarded by mutex_; false when it is about to end
   std::thread thread_;       // the owner's
