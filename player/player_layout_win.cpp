@@ -38,20 +38,20 @@ PlayerLayout oneLine(window::Dpi dpi) {
   const auto at = [dpi](int x, int y, int width, int height) {
     return pixels(dpi, {x, y, width, height});
   };
-  return {.window = {dpi.scale(340), dpi.scale(42)},
+  return {.window = {dpi.scale(384), dpi.scale(42)},
           .Image1 = at(6, 5, 32, 32),
           .Image2 = at(41, 7, 28, 28),
           .lblName = {},
-          .song = at(78, 11, 150, 20),
-          .progress = at(78, 34, 150, 3),
+          .song = at(78, 11, 194, 20),
+          .progress = at(78, 34, 194, 3),
           .lblBPS = {},
           .lblFormat = {},
-          .chkSave = at(232, 8, 26, 26),
+          .chkSave = at(276, 8, 26, 26),
           .volume = {},
           .Slider1 = {},
-          .subontop = at(258, 8, 26, 26),
-          .submini = at(284, 8, 26, 26),
-          .hide = at(310, 8, 26, 26),
+          .subontop = at(302, 8, 26, 26),
+          .submini = at(328, 8, 26, 26),
+          .hide = at(354, 8, 26, 26),
           .scale = dpi.value() / 96.0};
 }
 
