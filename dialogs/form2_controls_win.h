@@ -97,9 +97,10 @@ inline constexpr Control kControls[] = {
     {kOption1_0, kPlayer, WC_BUTTONW, "Option1(0)", BS_AUTORADIOBUTTON | WS_TABSTOP | WS_GROUP},
     {kOption1_1, kPlayer, WC_BUTTONW, "Option1(1)", BS_AUTORADIOBUTTON},
     {kOption1_2, kPlayer, WC_BUTTONW, "Option1(2)", BS_AUTORADIOBUTTON},
-    {kText3, kPlayer, WC_EDITW, nullptr, kEditStyle | WS_GROUP, WS_EX_CLIENTEDGE},
+    // Below the field on the screen, but before it: screen readers name the field by it.
+    {kLabel12, kPlayer, WC_STATICW, "Label12", kTextStyle | WS_GROUP},
+    {kText3, kPlayer, WC_EDITW, nullptr, kEditStyle, WS_EX_CLIENTEDGE},
     {kCommand5, kPlayer, WC_BUTTONW, nullptr, WS_TABSTOP},
-    {kLabel12, kPlayer, WC_STATICW, "Label12", kTextStyle},
     {kCheck5, kPlayer, WC_BUTTONW, "Check5", kCheckStyle},
 
     {kFrame2, kGenres, WC_BUTTONW, "Frame2", BS_GROUPBOX},
