@@ -193,6 +193,61 @@ class Reload(Lists):
         self.assertEqual(["TopTen", "Alternative"], self.genres_asked())
 
 
+class Kill(Lists):
+    """The program is ended from outside, whatever it is doing."""
+
+    favourites = [(b"Mine", b"http://127.0.0.1:9/1")]
+
+    def begin(self):
+        self.old = records([(b"Old %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(200)])
+        for key in KEYS:
+            self.kestrel.write_list(key, [(b"Old %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(200)])
+        self.kestrel.write_list("favs", self.favourites)
+        self.radio.get("/control/log?clear=1")
+        self.start(genre=genres(*range(len(KEYS))), volume=1234)
+
+    def check(self):
+        """Every list is wholly the old one or the new one; how many are new."""
+        new = 0
+        for key in KEYS:
+            page = self.station_list(f"sgenre={key}&maxbitrate=999&numresult=20")
+            now = self.kestrel.read_list(key)
+            self.assertIn(now, (self.old, records(page)), key)
+            new += now != self.old
+        self.assertEqual(records(self.favourites), self.kestrel.read_list("favs"))
+        self.assertEqual("1234", self.kestrel.setting("volume"))
+        return new
+
+    def test_in_a_reload(self):
+        for asked in 1, 4, 7:
+            self.begin()
+            self.reload_all()
+            self.wait_asked(asked)
+            self.kestrel.kill()
+            self.check()
+
+    def test_between_two_slow_pages(self):
+        self.begin()
+        self.radio.switch("directory", "hold")
+        self.reload_all()
+        for asked in 1, 2:
+            self.wait_asked(asked)
+            self.radio.switch("directory", "hold")
+        self.wait_asked(3)
+        wait_for(lambda: self.kestrel.read_list(KEYS[1]) != self.old, "the second list on the disk")
+        self.kestrel.kill()
+        self.radio.switch("directory", "none")
+        self.assertEqual(2, self.check())
+
+    def test_while_it_ends(self):
+        for wait in 0, 0.005, 0.02:
+            self.begin()
+            self.desktop.click(self.kestrel.open_menu()["Quit"].middle)
+            time.sleep(wait)
+            self.kestrel.kill()
+            self.assertEqual(0, self.check())
+
+
 class Search(Lists):
     stations = [(b"Old Result", b"http://127.0.0.1:9/old.pls")]
 
