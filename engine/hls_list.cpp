@@ -11,7 +11,6 @@ namespace {
 // So far from a live list's end, in segments: as near as is safe.
 constexpr size_t kBehind = 3;
 constexpr size_t kLargestList = 4 << 20;
-constexpr int kMostFailures = 3;
 constexpr double kShortestWait = 0.5;
 constexpr double kLongestWait = 10;
 // A list without news for so long, or for so many of its segments, is dead.
@@ -82,10 +81,11 @@ NetError HlsList::reload() {
   if (error == NetError::interrupted || error == NetError::gone) return error;
   auto list = error == NetError::none ? parseHls(text) : std::nullopt;
   if (!list || !list->variants.empty()) {
+    // The list may come back before the sound in hand is played; whoever begins anew
+    // would hear some of it twice.
     reload_at_ = Clock::now() + interval(false);
-    return ++failures_ < kMostFailures ? NetError::none : NetError::failed;
+    return NetError::none;
   }
-  failures_ = 0;
   const uint64_t last = list->segments.empty() ? 0 : list->segments.back().number;
   const bool changed = !list->segments.empty() && last >= next_number_;
   // The server has begun to count anew.

@@ -31,7 +31,6 @@ class HlsList {
   bool skipped_ = false;  ///< the segment to come does not follow the last one
   Clock::time_point reload_at_;
   Clock::time_point last_news_ = Clock::now();
-  int failures_ = 0;  ///< in a row
 };
 
 }  // namespace engine

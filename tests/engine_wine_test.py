@@ -4,6 +4,8 @@ their own.  engine_wine_test.py FOLDER PROBE OBJDUMP RADIO
     PROBE    engine_probe.exe
     RADIO    folder of the built demo radio"""
 
+import functools
+import http.server
 import os
 import re
 import socket
@@ -71,6 +73,30 @@ class TlsDoor:
             pass  # a client that does not trust the certificate, or has enough
 
 
+class Files:
+    """A web server of the files that ffmpeg makes in a folder."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        handler = functools.partial(QuietHandler, directory=folder)
+        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+        self.url = f"http://127.0.0.1:{self.server.server_port}"
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def make(self, frequency, *words):
+        processes.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+                       f"sine=frequency={frequency}:duration=6", *words], cwd=self.folder)
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
+class QuietHandler(http.server.SimpleHTTPRequestHandler):
+    def log_message(self, *_):
+        pass
+
+
 class Libraries(unittest.TestCase):
     def test_need_nothing_but_windows(self):
         for library in "bass.dll", "bass_aac.dll":
@@ -132,6 +158,29 @@ class Sound(unittest.TestCase):
             self.assertIn("header icy-name:" + station.name.decode(), lines)
             self.assertGreater(loudness(sound), 0.01)
             self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+    def test_plays_containers_and_live_streaming_with_their_titles(self):
+        with tempfile.TemporaryDirectory(prefix="kestrel-engine-") as folder:
+            files = Files(folder)
+            self.addCleanup(files.close)
+            title = ("-metadata", "artist=Band", "-metadata", "title=Song")
+            files.make(440, *title, "-c:a", "libvorbis", "x.ogg")
+            files.make(550, *title, "-c:a", "libopus", "x.opus")
+            files.make(660, *title, "-c:a", "flac", "x.flac")
+            files.make(880, "-c:a", "aac", "-f", "hls", "-hls_time", "2", "-hls_playlist_type", "vod", "x.m3u8")
+            for name, kind, tone in (("x.ogg", "10002", 440), ("x.opus", "10002", 550),
+                                     ("x.flac", "10900", 660), ("x.m3u8", "10b00", 880)):
+                process = self.probe("/" + name, 3, files.url)
+                lines = self.read_until(process, "type")
+                time.sleep(1)
+                sound = self.speakers.listen(1)
+                lines += process.stdout.read().splitlines()
+                process.stdout.close()
+                self.assertEqual(0, process.wait(10), lines)
+                self.assertTrue(any(line.startswith(f"type {kind} ") for line in lines), lines)
+                self.assertGreater(level(sound, tone), 4 * level(sound, tone * 1.06), name)
+                if name != "x.m3u8":
+                    self.assertIn("title StreamTitle='Band - Song';", lines)
 
     def test_ends_at_once_while_a_server_keeps_it_waiting(self):
         process = self.probe("/bad/hang-body-2500/stream/" + self.station("mp3").mount, 0)
