@@ -112,6 +112,7 @@ void Playback::emit(std::span<float> samples) {
 }
 
 void Playback::writeHeld() {
+  if (held_.empty()) return;
   std::span<const float> left(held_);
   if (!output_->write(left)) {
     has_device_ = false;

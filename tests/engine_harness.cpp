@@ -70,6 +70,7 @@ class TapeOutput final : public engine::Output {
  private:
   void keep(std::span<const float> samples) {
     const auto now = Time::now();
+    if (until_ != Time::time_point{} && until_ < now) ++reel_->gaps;
     until_ = std::max(until_, now) +
              std::chrono::microseconds(samples.size() / kChannels * 1'000'000 / Tape::kRate);
     const std::lock_guard lock(reel_->mutex);

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -108,7 +109,8 @@ class Tape final : public engine::OutputFactory {
  public:
   struct Reel {
     std::mutex mutex;
-    std::vector<float> left;  ///< left channel of all outputs in a row
+    std::vector<float> left;   ///< left channel of all outputs in a row
+    std::atomic<int> gaps{0};  ///< times that a device had nothing to play
     std::chrono::steady_clock::time_point first_sound;
   };
   Tape() : reel_(std::make_shared<Reel>()) {}

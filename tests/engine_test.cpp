@@ -319,6 +319,9 @@ TEST(Stream, LeavesNothingBehindAfterManyRounds) {
   const std::string bad = radio().stream(radio().station("mp3", 44100), "hang-body-3000");
   size_t threads = 0;
   size_t files = 0;
+  const auto wait_for_fading = [] {
+    return BASS_Free() && BASS_Init(-1, 44100, 0, nullptr, nullptr);
+  };
   for (int round = 0; round < 200; ++round) {
     Listener listener;
     const HSTREAM stream = round % 4 == 3 ? listener.create(bad) : listener.play(good);
@@ -328,10 +331,12 @@ TEST(Stream, LeavesNothingBehindAfterManyRounds) {
     }
     EXPECT_TRUE(BASS_StreamFree(stream));
     if (round == 4) {
+      EXPECT_TRUE(wait_for_fading());
       threads = entriesOf("/proc/self/task");
       files = entriesOf("/proc/self/fd");
     }
   }
+  EXPECT_TRUE(wait_for_fading());
   EXPECT_EQ(threads, entriesOf("/proc/self/task"));
   EXPECT_EQ(files, entriesOf("/proc/self/fd"));
 }
