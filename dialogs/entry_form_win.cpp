@@ -104,9 +104,10 @@ void EntryForm::layOut() {
   const auto label = [this](int id) { return textUnits(control(id), font_.get(), dpi()) + 4; };
   const int labels = std::min(std::max(label(kIdLabel1), label(kIdLabel2)), kMostLabel);
   const int left = kMargin + labels + kGap;
+  const int box = fieldHeight(font_.get(), dpi());
   const auto row = [&](int label_id, int box_id, int top) {
     place(control(label_id), kMargin, top + (kBoxHeight - kLabelHeight) / 2, labels, kLabelHeight);
-    place(control(box_id), left, top, kSize.cx - kMargin - left, kBoxHeight);
+    place(control(box_id), left, top + (kBoxHeight - box) / 2, kSize.cx - kMargin - left, box);
   };
   row(kIdLabel1, kIdText1, kMargin);
   row(kIdLabel2, kIdText2, kMargin + kRow);

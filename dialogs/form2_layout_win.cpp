@@ -25,8 +25,7 @@ constexpr int kBoxHeight = 23;
 constexpr int kLabelDrop = (kBoxHeight - kLabelHeight) / 2;
 constexpr int kCheckHeight = 20;
 constexpr int kCheckRow = 24;
-constexpr int kMark = 24;       // box or dot of a choice, and the space beside it
-constexpr int kFieldEdges = 7;  // above and below the text
+constexpr int kMark = 24;  // box or dot of a choice, and the space beside it
 constexpr int kNumberWidth = 56;
 constexpr int kUpDownWidth = 19;
 constexpr int kBrowseWidth = 32;
@@ -128,10 +127,9 @@ void Form2::placeNumber(int label, int field, int up_down, int left, int top, in
   placeField(up_down, left + labels + kGap + kNumberWidth, top, kUpDownWidth);
 }
 
-// A field draws its text at its top: no higher than the text, in the middle of its row.
+// In the middle of its row.
 void Form2::placeField(int id, int left, int top, int width) {
-  const int line = MulDiv(window::lineHeight(font_.get()), window::Dpi::kBase, dpi().value());
-  const int height = line + kFieldEdges;
+  const int height = fieldHeight(font_.get(), dpi());
   placeAt(id, left, top + (kBoxHeight - height) / 2, width, height);
 }
 

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int kLeastButton = 88;
 constexpr int kButtonPadding = 14;  // on each side of the text
+constexpr int kFieldEdges = 7;      // above and below it
 
 int units(int pixels, window::Dpi dpi) {
   return MulDiv(pixels, window::Dpi::kBase, dpi.value());
@@ -36,6 +37,10 @@ int textUnits(HWND control, HFONT font, window::Dpi dpi) {
 
 int buttonWidth(HWND button, HFONT font, window::Dpi dpi) {
   return std::max(kLeastButton, textUnits(button, font, dpi) + 2 * kButtonPadding);
+}
+
+int fieldHeight(HFONT font, window::Dpi dpi) {
+  return units(window::lineHeight(font), dpi) + kFieldEdges;
 }
 
 int textHeightUnits(const std::wstring& text, HFONT font, int width, window::Dpi dpi) {

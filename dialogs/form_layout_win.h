@@ -22,6 +22,10 @@ struct FormArea {
 [[nodiscard]] int textUnits(HWND control, HFONT font, window::Dpi dpi);
 [[nodiscard]] int buttonWidth(HWND button, HFONT font, window::Dpi dpi);
 
+/// Units that a field of one line takes in height: it draws its text at its top, so no
+/// higher than the text.
+[[nodiscard]] int fieldHeight(HFONT font, window::Dpi dpi);
+
 /// Units that a text takes in height when its lines are broken to a width.
 [[nodiscard]] int textHeightUnits(const std::wstring& text, HFONT font, int width, window::Dpi dpi);
 
