@@ -135,6 +135,9 @@ std::optional<LRESULT> PlayerWindow::onMessage(UINT message, WPARAM wparam, LPAR
       return std::nullopt;
     case WM_SETFOCUS:  // to be handed on: keys are the controls'
       return SetFocus(control(kIdImage1)), 0;
+    case WM_DISPLAYCHANGE:
+      if (everShown()) bringIntoView();
+      return std::nullopt;
     case WM_SETTINGCHANGE:
     case WM_SYSCOLORCHANGE:
     case WM_THEMECHANGED:

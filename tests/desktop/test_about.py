@@ -69,6 +69,12 @@ class About(Case):
         dialog = self.about()
         self.assertEqual("Kestrel 1.1.0", dialog.text("Label3").splitlines()[0])
         self.assertEqual(5, len(dialog.text("Text1").splitlines()))
+        place, title = dialog.window().rect, dialog["Label3"].middle
+        self.desktop.press(title)
+        for step in range(1, 5):
+            self.desktop.move((title[0] + 15 * step, title[1] + 10 * step))
+        self.desktop.release()
+        wait_for(lambda: dialog.window().rect[:2] > place[:2], "it to be dragged by its title")
         seen = [dialog.focus()]
         while seen.count("Label2") < 2 and len(seen) < 12:
             dialog.press("Tab")
