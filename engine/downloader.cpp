@@ -42,7 +42,8 @@ NetError Downloader::waitForAnswer() {
 void Downloader::accept(std::function<unsigned()> cushion) {
   const Lock lock(mutex_);
   cushion_ = std::move(cushion);
-  buffer_.resume();
+  // What is all here stays finished.
+  if (waiting_) buffer_.resume();
   changed_.notifyAll();
 }
 
@@ -55,7 +56,8 @@ void Downloader::cancel() {
 // Whoever recognises the format is not kept waiting for more meanwhile.
 bool Downloader::isAccepted() {
   const Lock lock(mutex_);
-  if (!cushion_) buffer_.finish();
+  waiting_ = !cushion_;
+  if (waiting_) buffer_.finish();
   while (!cushion_ && !cancelled_) changed_.wait(mutex_);
   return !cancelled_;
 }

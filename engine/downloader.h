@@ -57,6 +57,7 @@ class Downloader {
   NetError error_ GUARDED_BY(mutex_) = NetError::none;
   bool cancelled_ GUARDED_BY(mutex_) = false;
   std::function<unsigned()> cushion_ GUARDED_BY(mutex_);  ///< empty until accepted
+  bool waiting_ GUARDED_BY(mutex_) = false;               ///< for that, the connection lost
   ResponseHead head_;                                     ///< written before answered_ is set
 
   std::atomic<std::thread::id> id_;
