@@ -17,9 +17,23 @@ RECT panel(SIZE size) {
   return {0, 0, size.cx - 1, size.cy};
 }
 
+/// The same union in fewer pieces: uniting takes most of the time.
+std::vector<SkinRect> joined(const std::vector<SkinRect>& pieces) {
+  std::vector<SkinRect> taller;
+  for (const SkinRect& piece : pieces) {
+    const bool continues = !taller.empty() && taller.back().left == piece.left &&
+                           taller.back().right == piece.right && taller.back().bottom == piece.top;
+    if (continues)
+      taller.back().bottom = piece.bottom;
+    else
+      taller.push_back(piece);
+  }
+  return taller;
+}
+
 UniqueRegion unite(const std::vector<SkinRect>& pieces) {
   UniqueRegion region;
-  for (const SkinRect& piece : pieces) {
+  for (const SkinRect& piece : joined(pieces)) {
     UniqueRegion next(CreateRectRgn(piece.left, piece.top, piece.right, piece.bottom));
     if (region)
       CombineRgn(region.get(), region.get(), next.get(), RGN_OR);

@@ -102,8 +102,22 @@ void Canvas::bar(const RECT& area, double radius, COLORREF colour, double opacit
 }
 
 void Canvas::mask(const RECT& area, double radius, COLORREF colour) {
-  shape(area, colour, 1,
-        [&](double x, double y) { return roundedDistance(x, y, area, radius) < 0 ? -1.0 : 1.0; });
+  if (pixels_.empty()) return;
+  GdiFlush();
+  const RECT inside{std::max(area.left - origin_.x, 0L), std::max(area.top - origin_.y, 0L),
+                    std::min(area.right - origin_.x, size_.cx),
+                    std::min(area.bottom - origin_.y, size_.cy)};
+  for (LONG y = inside.top; y < inside.bottom; ++y) {
+    const double middle = static_cast<double>(y + origin_.y) + 0.5;
+    const double to_edge = std::min(middle - area.top, area.bottom - middle);
+    const double into_corner = std::max(radius - to_edge, 0.0);
+    const LONG inset = std::lround(radius - std::sqrt(radius * radius - into_corner * into_corner));
+    const LONG left = std::max(inside.left, area.left - origin_.x + inset);
+    const LONG right = std::min(inside.right, area.right - origin_.x - inset);
+    if (left >= right) continue;
+    const auto row = pixels_.subspan(static_cast<std::size_t>(y * size_.cx));
+    std::fill(row.begin() + left, row.begin() + right, rgb(colour));
+  }
 }
 
 void Canvas::frame(const RECT& area, double radius, double width, COLORREF colour) {
