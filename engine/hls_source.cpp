@@ -55,6 +55,15 @@ std::optional<std::array<uint8_t, 7>> adtsFor(const AVCodecParameters& codec, si
                                 0xfc};
 }
 
+// The demuxer takes the five bytes off that stand before such a tag in one kind of
+// packet; in the other, which HLS uses, they were the tag's own first.
+std::string timedTitle(std::span<const uint8_t> bytes) {
+  constexpr std::array<uint8_t, 5> kTagStart = {'I', 'D', '3', 4, 0};
+  std::vector<uint8_t> tag(bytes.begin(), bytes.end());
+  if (id3Length(tag) == 0) tag.insert(tag.begin(), kTagStart.begin(), kTagStart.end());
+  return id3Title(tag);
+}
+
 }  // namespace
 
 HlsSource::HlsSource(HlsPlaylist list, Url url, const ResponseHead& head,
@@ -150,7 +159,7 @@ void HlsSource::takePacket() {
   const AVStream& stream = *demuxer_->context().streams[packet_->stream_index];
   const AVCodecParameters& codec = *stream.codecpar;
   const std::span<const uint8_t> bytes(packet_->data, static_cast<size_t>(packet_->size));
-  if (codec.codec_id == AV_CODEC_ID_TIMED_ID3) return setTitle(id3Title(bytes));
+  if (codec.codec_id == AV_CODEC_ID_TIMED_ID3) return setTitle(timedTitle(bytes));
   if (codec.codec_type != AVMEDIA_TYPE_AUDIO) return;
   if (stream_ < 0) stream_ = packet_->stream_index;
   if (stream_ != packet_->stream_index) return;

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <future>
+#include <map>
 
 #include "tests/engine_harness.h"
 #include "tests/engine_web.h"
@@ -96,6 +96,87 @@ TEST(Hls, TellsTheTitlesOfItsTagsWithTheirSound) {
   EXPECT_EQ(bytes, listener.bytes().size()) << "the tags are no sound";
   ASSERT_EQ(2u, titles.size());
   EXPECT_EQ(places[1], titles[1].position);
+}
+
+/// A segment of MPEG-TS (ISO/IEC 13818-1) with MP3 and tags with titles, as radio
+/// stations send it: one tag, then sound, and so on.
+class TransportStream {
+ public:
+  TransportStream() {
+    // Program 1, described at 0x100; sound (3) at 0x101, tags (0x15) at 0x102.
+    addTable(0, std::string("\x00\xb0\x0d\x00\x01\xc1\x00\x00\x00\x01\xe1\x00", 12));
+    const std::string sound("\x03\xe1\x01\xf0\x00", 5);
+    const std::string tags = std::string("\x15\xe1\x02\xf0\x0f\x26\x0d\xff\xff", 9) + "ID3 \xff" +
+                             "ID3 " + std::string("\x00\x0f", 2);
+    const std::string body = std::string("\x00\x01\xc1\x00\x00\xe1\x01\xf0\x00", 9) + sound + tags;
+    addTable(0x100, std::string("\x02\xb0", 2) + static_cast<char>(body.size() + 4) + body);
+  }
+  void addSound(const std::string& bytes) {
+    for (size_t at = 0; at < bytes.size(); at += 2000) addPes(0x101, 0xc0, bytes.substr(at, 2000));
+  }
+  void addTag(const std::string& tag) { addPes(0x102, 0xbd, tag); }
+  const std::string& bytes() const { return bytes_; }
+
+ private:
+  void addTable(unsigned pid, const std::string& section) {
+    uint32_t sum = 0xffffffff;
+    for (const char c : section) {
+      sum ^= static_cast<uint32_t>(static_cast<unsigned char>(c)) << 24;
+      for (int bit = 0; bit < 8; ++bit) sum = sum << 1 ^ ((sum & 0x80000000) != 0 ? 0x04c11db7 : 0);
+    }
+    std::string whole = '\0' + section;
+    for (int shift = 24; shift >= 0; shift -= 8) whole += static_cast<char>(sum >> shift);
+    whole.resize(184, '\xff');
+    addPacket(pid, true, whole);
+  }
+
+  void addPes(unsigned pid, unsigned id, const std::string& payload) {
+    const size_t length = payload.size() + 8;
+    std::string pes("\0\0\1", 3);
+    pes += static_cast<char>(id);
+    pes += static_cast<char>(length >> 8);
+    pes += static_cast<char>(length);
+    pes += std::string("\x80\x80\x05\x21\x00\x01\x00\x01", 8);  // a time, of no matter here
+    pes += payload;
+    for (size_t at = 0; at < pes.size(); at += 184) addPacket(pid, at == 0, pes.substr(at, 184));
+  }
+
+  void addPacket(unsigned pid, bool first, const std::string& payload) {
+    const size_t filling = 184 - payload.size();
+    bytes_ += 'G';
+    bytes_ += static_cast<char>((first ? 0x40 : 0) | pid >> 8);
+    bytes_ += static_cast<char>(pid);
+    bytes_ += static_cast<char>((filling != 0 ? 0x30 : 0x10) | (counters_[pid]++ & 15));
+    if (filling != 0) bytes_ += static_cast<char>(filling - 1);
+    if (filling > 1) bytes_ += std::string(1, '\0') + std::string(filling - 2, '\xff');
+    bytes_ += payload;
+  }
+
+  std::string bytes_;
+  std::map<unsigned, unsigned> counters_;
+};
+
+TEST(Hls, TellsTheTitlesInATransportStream) {
+  TransportStream segment;
+  const std::string first = encodedSine(440, 1.5, kMp3, "x.mp3");
+  segment.addTag(id3Tag("One"));
+  segment.addSound(first);
+  segment.addTag(id3Tag("Two"));
+  segment.addSound(encodedSine(660, 1.5, kMp3, "x.mp3"));
+  WebServer web;
+  web.put("/0", segment.bytes());
+  web.put("/list", "#EXTM3U\n#EXT-X-TARGETDURATION:3\n#EXTINF:3,\n0\n#EXT-X-ENDLIST\n");
+  Listener listener;
+  Session session;
+  ASSERT_NE(0u, listener.play(web.url("/list"))) << BASS_ErrorGetCode();
+  EXPECT_EQ((std::vector<int>{440, 660}), tonesIn(session.listen(2.7), {440, 660}));
+  ASSERT_TRUE(listener.waitFor(Note::end, 1));
+  const auto titles = listener.notes(Note::title);
+  EXPECT_EQ((std::vector<std::string>{"StreamTitle='Band - One';", "StreamTitle='Band - Two';"}),
+            texts(titles));
+  ASSERT_EQ(2u, titles.size());
+  // A packet is known to be whole when the next one of its kind begins.
+  EXPECT_NEAR(static_cast<double>(first.size()), static_cast<double>(titles[1].position), 2000);
 }
 
 /// A live list of one-second segments, from `first` on.
