@@ -13,12 +13,10 @@ else()
   add_test(NAME player_test COMMAND player_test)
   set_tests_properties(player_test PROPERTIES TIMEOUT 60)
 
-  add_executable(player_engine_test player_engine_test.cpp player_fakes.cpp engine_harness.cpp)
-  target_link_libraries(player_engine_test PRIVATE kestrel_logic kestrel_engine GTest::gtest_main)
-  add_dependencies(player_engine_test demo_radio bass_aac)
-  target_compile_definitions(player_engine_test PRIVATE
-    DEMO_RADIO="$<TARGET_FILE:demo_radio>" DEMO_SOUNDS="$<TARGET_FILE_DIR:demo_radio>/sounds"
-    AAC_PLUGIN="$<TARGET_FILE:bass_aac>")
-  add_test(NAME player_engine COMMAND player_engine_test)
-  set_tests_properties(player_engine PROPERTIES LABELS engine TIMEOUT 120)
+  foreach(subject player_engine recording)
+    add_executable(${subject}_test ${subject}_test.cpp player_fakes.cpp)
+    target_link_libraries(${subject}_test PRIVATE kestrel_logic engine_harness GTest::gtest_main)
+    add_test(NAME ${subject} COMMAND ${subject}_test)
+    set_tests_properties(${subject} PROPERTIES LABELS engine TIMEOUT 120)
+  endforeach()
 endif()

@@ -5,12 +5,7 @@
 #include <thread>
 
 #include "app/files.h"
-#include "engine/engine.h"
-#include "player/audio_setup.h"
-#include "player/playback.h"
-#include "tests/engine_harness.h"
-#include "tests/player_fakes.h"
-#include "tests/player_folder.h"
+#include "tests/real_player.h"
 
 namespace {
 
@@ -22,35 +17,15 @@ engine_test::DemoRadio& radio() {
   return running;
 }
 
-bool linkEngine(const std::string&, player::AudioLibrary& library) {
-  library = {BASS_GetVersion,     BASS_Init,
-             BASS_Free,           BASS_SetConfig,
-             BASS_ErrorGetCode,   BASS_PluginLoad,
-             BASS_PluginFree,     BASS_StreamCreateURL,
-             BASS_StreamFree,     BASS_StreamGetFilePosition,
-             BASS_ChannelGetTags, BASS_ChannelSetSync,
-             BASS_ChannelGetInfo, BASS_ChannelSetAttributes,
-             BASS_ChannelPlay,    BASS_ChannelStop};
-  return true;
-}
+struct NewTape {
+  std::unique_ptr<engine_test::Tape> tape = std::make_unique<engine_test::Tape>();
+  std::shared_ptr<engine_test::Tape::Reel> reel = tape->reel();
+};
 
-class RealPlayback : public testing::Test {
+class RealPlayback : public testing::Test, private NewTape, public RealPlayer {
  protected:
-  RealPlayback() {
-    folder.put("bass.dll");  // the engine is linked; only its presence is asked for
-    folder.put("bass_aac.dll");
-    folder.put("tmpdata.pls");
-    auto tape = std::make_unique<engine_test::Tape>();
-    reel = tape->reel();
-    engine::instance().useOutput(std::move(tape));
-    EXPECT_TRUE(
-        player::initaudio({library, desktop, view, folder.path(), nullptr, linkEngine, [] {}}));
-  }
+  RealPlayback() : RealPlayer(std::move(tape)) {}
 
-  void play(const std::string& address) {
-    streamlist = {address, ""};
-    playback.startplayer(0);
-  }
   /// Share of the last half second's sound that is the station's tone.
   bool sounds(double tone) {
     const auto end = std::chrono::steady_clock::now() + 15s;
@@ -68,20 +43,6 @@ class RealPlayback : public testing::Test {
     }
     return false;
   }
-
-  player::AudioLibrary library;
-  TestFolder folder;
-  std::shared_ptr<engine_test::Tape::Reel> reel;
-  FakeView view;
-  FakeDesktop desktop;
-  FakeIcon icon;
-  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
-  app::Messages messages;
-  player::Volume volume;
-  player::Recorder recorder{folder.path()};
-  std::vector<std::string> streamlist;
-  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
-                             volume, recorder, streamlist, folder.path()}};
 };
 
 TEST_F(RealPlayback, PlaysAndRecordsAStation) {

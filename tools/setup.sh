@@ -13,7 +13,7 @@ desktop_packages=(
   pulseaudio pulseaudio-utils
 )
 test_packages=(
-  clang libclang-rt-14-dev libbenchmark-dev icecast2 debootstrap procps openssl
+  clang libclang-rt-14-dev libbenchmark-dev icecast2 curl debootstrap procps openssl
 )
 
 as_root() {
