@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "dialogs/check_images_win.h"
 #include "dialogs/dialog_ids.h"
 #include "dialogs/form_layout_win.h"
 #include "res/resource.h"
@@ -115,6 +116,7 @@ void EditFavs::fill() {
 void EditFavs::dress() {
   font_ = window::messageFont(dpi());
   setFont(handle(), font_.get());
+  setCheckImages(list(), dpi());
   layOut();
 }
 
