@@ -2,57 +2,26 @@
 
 #include <windows.h>
 
-#include <objbase.h>
 #include <shlobj.h>
 
 #include <array>
 #include <string>
 
 #include "app/desktop_win.h"
+#include "window/com.h"
 #include "window/utf.h"
 
 namespace dialogs {
 namespace {
 
-class ComScope {
- public:
-  ComScope() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-  ~ComScope() {
-    if (SUCCEEDED(result_)) CoUninitialize();
-  }
-  ComScope(const ComScope&) = delete;
-  ComScope& operator=(const ComScope&) = delete;
-
- private:
-  HRESULT result_;
-};
-
-/// A COM interface, released at the end of the scope. Null when there is none.
-template <typename Interface>
-class ComPointer {
- public:
-  ComPointer() = default;
-  ~ComPointer() {
-    if (pointer_ != nullptr) pointer_->Release();
-  }
-  ComPointer(const ComPointer&) = delete;
-  ComPointer& operator=(const ComPointer&) = delete;
-
-  Interface* operator->() const { return pointer_; }
-  void** out() { return reinterpret_cast<void**>(&pointer_); }
-
- private:
-  Interface* pointer_ = nullptr;
-};
-
 /// A shell link and its file.
 struct Link {
-  ComScope com;
-  ComPointer<IShellLinkW> shell;
-  ComPointer<IPersistFile> file;
+  window::ComScope com;
+  window::ComPointer<IShellLinkW> shell;
+  window::ComPointer<IPersistFile> file;
   bool made = SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
-                                         IID_IShellLinkW, shell.out())) &&
-              SUCCEEDED(shell->QueryInterface(IID_IPersistFile, file.out()));
+                                         IID_IShellLinkW, shell.outVoid())) &&
+              SUCCEEDED(shell->QueryInterface(IID_IPersistFile, file.outVoid()));
 };
 
 /// Empty without a Startup folder.

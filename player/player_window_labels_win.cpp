@@ -44,7 +44,7 @@ void PlayerWindow::lblFormat(std::string text) {
 void PlayerWindow::lbstation(std::string text) {
   post([this, text = std::move(text)] {
     write(kIdlbstation, text);
-    InvalidateRect(control(kIdlblName), nullptr, FALSE);  // it may stand in for a name
+    repaintName();  // it may stand in for one
   });
 }
 
@@ -76,10 +76,16 @@ void PlayerWindow::nameChanged(const std::string& text) {
   const int former = std::exchange(
       buffered_, buffering ? std::clamp(std::atoi(text.c_str() + kBuffering.size()), 0, 100) : -1);
   write(kIdlblName, text);
+  repaintName();
   if (former != buffered_ && everShown())
     InvalidateRect(window::Window::handle(), &skin_->layout().progress, FALSE);
   if (text == "play") setPlaying(true);
   if (text == "stop") setPlaying(false);
+}
+
+void PlayerWindow::repaintName() {
+  InvalidateRect(control(kIdlblName), nullptr, FALSE);
+  if (mini_) InvalidateRect(control(kIdlblSong), nullptr, FALSE);
 }
 
 void PlayerWindow::setPlaying(bool playing) {
@@ -101,11 +107,7 @@ void PlayerWindow::write(int id, const std::string& text) {
 }
 
 std::wstring PlayerWindow::textOf(int id) const {
-  const HWND label = control(id);
-  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(label)) + 1, L'\0');
-  const int length = GetWindowTextW(label, text.data(), static_cast<int>(text.size()));
-  text.resize(static_cast<std::size_t>(length));
-  return text;
+  return window::windowText(control(id));
 }
 
 std::wstring PlayerWindow::shownText(int id) const {

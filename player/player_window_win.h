@@ -115,6 +115,8 @@ class PlayerWindow final : public window::Window, public PlayerView, private win
   [[nodiscard]] std::wstring shownText(int id) const;
   [[nodiscard]] HWND control(int id) const { return GetDlgItem(window::Window::handle(), id); }
   void nameChanged(const std::string& text);
+  /// Wherever it shows.
+  void repaintName();
   void showSongOrStation(bool station);
   void setPlaying(bool playing);
   [[nodiscard]] bool everShown() const { return skin_.has_value(); }

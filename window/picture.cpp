@@ -1,45 +1,13 @@
 #include "window/picture.h"
 
-#include <objbase.h>
 #include <wincodec.h>
 
+#include "window/com.h"
 #include "window/gdi.h"
 #include "window/window.h"
 
 namespace window {
 namespace {
-
-/// Owns one COM reference.
-template <typename Interface>
-class ComPtr {
- public:
-  ComPtr() = default;
-  ComPtr(const ComPtr&) = delete;
-  ComPtr& operator=(const ComPtr&) = delete;
-  ~ComPtr() {
-    if (object_ != nullptr) object_->Release();
-  }
-  Interface** out() { return &object_; }
-  Interface* get() const { return object_; }
-  Interface* operator->() const { return object_; }
-
- private:
-  Interface* object_ = nullptr;
-};
-
-/// COM on this thread, whoever else has it.
-class ComScope {
- public:
-  ComScope() : mine_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-  ~ComScope() {
-    if (mine_) CoUninitialize();
-  }
-  ComScope(const ComScope&) = delete;
-  ComScope& operator=(const ComScope&) = delete;
-
- private:
-  bool mine_;
-};
 
 struct Bytes {
   BYTE* data = nullptr;
@@ -60,16 +28,16 @@ int variant(Dpi dpi) {
 }
 
 bool decode(const Bytes& bytes, SIZE pixels, BYTE* target, UINT target_bytes) {
-  ComPtr<IWICImagingFactory> factory;
+  ComPointer<IWICImagingFactory> factory;
   if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                              IID_IWICImagingFactory, reinterpret_cast<void**>(factory.out())))) {
+                              IID_IWICImagingFactory, factory.outVoid()))) {
     return false;
   }
-  ComPtr<IWICStream> stream;
-  ComPtr<IWICBitmapDecoder> decoder;
-  ComPtr<IWICBitmapFrameDecode> frame;
-  ComPtr<IWICFormatConverter> converter;
-  ComPtr<IWICBitmapScaler> scaler;
+  ComPointer<IWICStream> stream;
+  ComPointer<IWICBitmapDecoder> decoder;
+  ComPointer<IWICBitmapFrameDecode> frame;
+  ComPointer<IWICFormatConverter> converter;
+  ComPointer<IWICBitmapScaler> scaler;
   const auto width = static_cast<UINT>(pixels.cx);
   const auto height = static_cast<UINT>(pixels.cy);
   return SUCCEEDED(factory->CreateStream(stream.out())) &&
