@@ -324,7 +324,9 @@ class Settings(Case):
         self.start()
         x, y = self.kestrel.icon()
         icon = x - 8, y - 8, x + 8, y + 8
-        before = self.desktop.pixels(icon)
+        # The taskbar is there before it is painted: until then there is one colour.
+        before = wait_for(lambda: (p := self.desktop.pixels(icon)) and len({p[i:i + 6] for i in range(-6 * 256, -6, 6)}) > 1
+                          and p, "the icon's picture")
         dialog = self.open()
         self.assertEqual(before, self.desktop.pixels(icon))
         dialog.page(4)
