@@ -1,5 +1,5 @@
 // Loads the engine as the player does, plays one address and tells what it saw:
-//   engine_probe FOLDER URL SECONDS [ROUNDS]
+//   engine_probe FOLDER URL SECONDS [ROUNDS [PAUSE]]
 //   engine_probe trust FILE      lets the present user trust that certificate (DER)
 // A line each: what, then figures or text. Times in milliseconds since the open.
 #include <windows.h>
@@ -122,7 +122,9 @@ void playOnce(const Library& bass, const char* url, DWORD milliseconds) {
   const auto stopping = Clock::now();
   bass.ChannelStop(stream);
   bass.StreamFree(stream);
-  std::printf("freed %.1f\n", since(stopping));
+  DWORD handles = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &handles);
+  std::printf("freed %.1f\nhandles %lu\n", since(stopping), handles);
   std::fflush(stdout);
 }
 
@@ -156,7 +158,7 @@ int main(int argc, char** argv) {
   std::printf("plugin %d\n", bass.PluginLoad("bass_aac.dll", 0) != 0);
   for (int round = argc > 4 ? std::atoi(argv[4]) : 1; round > 0; --round) {
     playOnce(bass, argv[2], static_cast<DWORD>(std::atof(argv[3]) * 1000));
-    if (round > 1) Sleep(1500);
+    if (round > 1) Sleep(argc > 5 ? static_cast<DWORD>(std::atoi(argv[5])) : 1500);
   }
   bass.PluginFree(0);
   bass.Free();

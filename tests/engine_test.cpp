@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -303,42 +302,6 @@ TEST(Stream, CanBeFreedFromItsOwnCallback) {
   own = stream;
   for (int i = 0; !freed && i < 500; ++i) std::this_thread::sleep_for(10ms);
   EXPECT_TRUE(freed);
-}
-
-size_t entriesOf(const char* folder) {
-  size_t count = 0;
-  DIR* open = opendir(folder);
-  while (readdir(open) != nullptr) ++count;
-  closedir(open);
-  return count;
-}
-
-TEST(Stream, LeavesNothingBehindAfterManyRounds) {
-  Session session;
-  const std::string good = radio().stream(radio().station("mp3", 44100));
-  const std::string bad = radio().stream(radio().station("mp3", 44100), "hang-body-3000");
-  size_t threads = 0;
-  size_t files = 0;
-  const auto wait_for_fading = [] {
-    return BASS_Free() && BASS_Init(-1, 44100, 0, nullptr, nullptr);
-  };
-  for (int round = 0; round < 200; ++round) {
-    Listener listener;
-    const HSTREAM stream = round % 4 == 3 ? listener.create(bad) : listener.play(good);
-    ASSERT_NE(0u, stream);
-    if (round % 2 == 0) {
-      EXPECT_TRUE(BASS_ChannelStop(stream));
-    }
-    EXPECT_TRUE(BASS_StreamFree(stream));
-    if (round == 4) {
-      EXPECT_TRUE(wait_for_fading());
-      threads = entriesOf("/proc/self/task");
-      files = entriesOf("/proc/self/fd");
-    }
-  }
-  EXPECT_TRUE(wait_for_fading());
-  EXPECT_EQ(threads, entriesOf("/proc/self/task"));
-  EXPECT_EQ(files, entriesOf("/proc/self/fd"));
 }
 
 TEST(Engine, KeepsTheCallersReasonsApart) {

@@ -130,10 +130,10 @@ class Sound(unittest.TestCase):
     def station(self, codec):
         return next(s for s in self.radio.stations() if s.codec == codec and s.sample_rate == 44100)
 
-    def probe(self, path, seconds, server=None):
+    def probe(self, path, seconds, server=None, rounds=1):
         folder = self.prefix.windows_path(os.path.abspath(FOLDER))
         return self.prefix.start(os.path.abspath(PROBE), folder, (server or self.radio.url) + path, str(seconds),
-                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+                                 str(rounds), "0", stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
 
     def read_until(self, process, word):
         lines = []
@@ -182,6 +182,30 @@ class Sound(unittest.TestCase):
                 if name != "x.m3u8":
                     self.assertIn("title StreamTitle='Band - Song';", lines)
 
+    def test_goes_on_when_the_sound_system_is_back(self):
+        station = self.station("mp3")
+        process = self.probe("/stream/" + station.mount, 30)
+        self.read_until(process, "type")
+        self.assertGreater(loudness(self.speakers.listen(2)), 0.01)
+        self.speakers.restart(1)
+        sound = self.speakers.listen(1)
+        end = time.monotonic() + 20
+        while loudness(sound) < 0.01 and time.monotonic() < end:
+            sound = self.speakers.listen(1)
+        sound = self.speakers.listen(2)
+        processes.end(process)
+        process.stdout.close()
+        self.assertGreater(loudness(sound), 0.01)
+        self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+    def test_changes_the_station_without_keeping_handles(self):
+        process = self.probe("/stream/" + self.station("mp3").mount, 0.02, rounds=40)
+        handles = [int(line.split()[1]) for line in process.stdout if line.startswith("handles")]
+        process.stdout.close()
+        self.assertEqual(0, process.wait(10))
+        # One whose sound still fades has some more.
+        self.assertLessEqual(min(handles[-5:]), min(handles[5:15]))
+
     def test_ends_at_once_while_a_server_keeps_it_waiting(self):
         process = self.probe("/bad/hang-body-2500/stream/" + self.station("mp3").mount, 0)
         lines = process.stdout.read().splitlines()
@@ -224,4 +248,4 @@ class Sound(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], "-v"])
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[5:]])

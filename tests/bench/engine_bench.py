@@ -1,6 +1,6 @@
 """Measures the engine alone, without a program around it, in one run.
 
-  engine_bench.py BUILD RADIO [--rounds N] [--seconds N]
+  engine_bench.py BUILD RADIO [--rounds N] [--seconds N] [--changes N]
       BUILD    the Windows build, e.g. build/win64
       RADIO    folder of the demo radio, e.g. build/native/service
 """
@@ -23,6 +23,10 @@ from system import Ear, private_memory, process_named, processes_of, processor_s
 from wine import Prefix  # noqa: E402
 
 
+def threads(pid):
+    return len(os.listdir(f"/proc/{pid}/task"))
+
+
 class Bench:
     def __init__(self, options, folder):
         self.options = options
@@ -39,10 +43,10 @@ class Bench:
         self.speakers.close()
         self.radio.stop()
 
-    def probe(self, path, seconds, rounds):
+    def probe(self, path, seconds, rounds, pause=1500):
         engine = self.prefix.windows_path(os.path.join(self.options.build, "kestrel"))
         return self.prefix.start(os.path.join(self.options.build, "tests/engine_probe.exe"), engine,
-                                 self.radio.url + path, str(seconds), str(rounds),
+                                 self.radio.url + path, str(seconds), str(rounds), str(pause),
                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
 
     def sound(self):
@@ -68,6 +72,21 @@ class Bench:
                 times = times[1:]  # the first round fills the system's caches
                 print(f"{what + ': ' + name:<40} {statistics.median(times):6.1f} ms "
                       f"({min(times):.0f} to {max(times):.0f})", flush=True)
+
+    def changes(self):
+        """What many changes of the station leave behind."""
+        process = self.probe("/stream/" + self.mount, 0.02, self.options.changes, 0)
+        sizes = []
+        for line in process.stdout:
+            word, *rest = line.split()
+            if word == "handles":
+                pid = process_named(self.prefix, "engine_probe.exe") if len(sizes) in (20, self.options.changes - 2) else 0
+                sizes.append((int(rest[0]), private_memory(pid), threads(pid)) if pid else (int(rest[0]), 0, 0))
+        process.stdout.close()
+        process.wait(20)
+        for when in 20, self.options.changes - 2:
+            handles, memory, running = sizes[when]
+            print(f"after {when} changes: {handles} handles, {memory / 1e6:.2f} MB, {running} threads", flush=True)
 
     def load(self):
         pids = processes_of(self.prefix)
@@ -106,14 +125,18 @@ def main():
     parser.add_argument("radio")
     parser.add_argument("--rounds", type=int, default=9)
     parser.add_argument("--seconds", type=int, default=20)
+    parser.add_argument("--changes", type=int, default=0, help="only this many changes of the station")
     parser.add_argument("--turns", type=int, default=2)
     options = parser.parse_args()
     options.build = os.path.abspath(options.build)
     with tempfile.TemporaryDirectory(prefix="kestrel-engine-") as folder:
         bench = Bench(options, folder)
         try:
-            bench.sound()
-            bench.playing()
+            if options.changes:
+                bench.changes()
+            else:
+                bench.sound()
+                bench.playing()
         finally:
             bench.close()
 

@@ -6,6 +6,7 @@ import math
 import os
 import subprocess
 import threading
+import time
 import wave
 
 import processes
@@ -20,8 +21,13 @@ class Speakers:
     def __init__(self, folder):
         os.makedirs(folder, mode=0o700)
         self.socket = os.path.join(folder, "native")
+        self.folder = folder
         self.environment = {"XDG_RUNTIME_DIR": folder, "PULSE_SERVER": "unix:" + self.socket,
                             "PULSE_COOKIE": os.path.join(folder, "cookie")}
+        self._start()
+
+    def _start(self):
+        folder = self.folder
         self.process = processes.start(
             ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--log-target=stderr",
              "-L", f"module-native-protocol-unix socket={self.socket} auth-anonymous=1",
@@ -43,6 +49,12 @@ class Speakers:
         processes.end(self.process)
         self.listener.join(5)
         processes.end(self.recorder)
+
+    def restart(self, pause):
+        """Gone for some seconds, and back."""
+        self.close()
+        time.sleep(pause)
+        self._start()
 
     def listen(self, seconds):
         """What is heard from now on, as samples."""
