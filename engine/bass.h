@@ -141,7 +141,7 @@ BASS_BOOL BASS_API BASS_StreamFree(HSTREAM handle);
 BASS_DWORD BASS_API BASS_StreamGetFilePosition(HSTREAM handle, BASS_DWORD mode);
 
 /* Null: HANDLE, NOTAVAIL. The text is the engine's, and valid until the stream is
- * freed. */
+ * freed, a title's at least until 32 others have been asked for. */
 const char* BASS_API BASS_ChannelGetTags(BASS_DWORD handle, BASS_DWORD tags);
 HSYNC BASS_API BASS_ChannelSetSync(BASS_DWORD handle, BASS_DWORD type, BASS_QWORD param,
                                    SYNCPROC* proc, uintptr_t user);

@@ -16,6 +16,8 @@ constexpr uint32_t kReportedMilliseconds = 350;
 // byte. Waiting for it here spares the player a first look at a nearly empty buffer,
 // and with that a pause before its next one.
 constexpr auto kBurstTime = std::chrono::milliseconds(20);
+// Somebody may still read them.
+constexpr size_t kKeptTitles = 32;
 constexpr uint32_t kUnknownBitrate = 128'000;
 
 int bassError(NetError error) {
@@ -168,6 +170,7 @@ const char* Stream::tags(BASS_DWORD type) {
   if (title_.empty()) return nullptr;
   title_seen_ = true;
   if (handed_out_.empty() || handed_out_.back() != title_) handed_out_.push_back(title_);
+  if (handed_out_.size() > kKeptTitles) handed_out_.pop_front();
   return handed_out_.back().c_str();
 }
 

@@ -39,7 +39,8 @@ class Stream {
   int play();
   void setVolume(float volume) { playback_.setVolume(volume); }
   int position(BASS_DWORD mode, BASS_DWORD& bytes);
-  /// Null without such a tag. The text lives as long as the stream.
+  /// Null without such a tag. The text lives as long as the stream; a title until 32
+  /// others have been handed out.
   const char* tags(BASS_DWORD type);
   BASS_CHANNELINFO info() const;
   /// A title that no tags() call has seen yet is told at once, on this thread.
