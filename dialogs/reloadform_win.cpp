@@ -36,12 +36,18 @@ constexpr UINT_PTR kPaceTimer = 1;
 
 }  // namespace
 
-ReloadForm::ReloadForm(const app::Captions& captions, const app::Messages& messages,
+ReloadForm::ReloadForm(app::Captions& captions, const app::Messages& messages,
                        std::function<void()> cancel)
     : SkinnedForm(static_cast<window::Window&>(*this)),
       captions_(captions),
       messages_(messages),
-      cancel_(std::move(cancel)) {}
+      cancel_(std::move(cancel)) {
+  listener_ = captions_.listen([this](std::string_view key) {
+    if (!dressed() || !key.starts_with("reloadform.")) return;
+    readCaptions();
+    dress();
+  });
+}
 
 void ReloadForm::make() {
   create({.class_name = L"reloadform",
@@ -64,6 +70,7 @@ void ReloadForm::make() {
 }
 
 ReloadForm::~ReloadForm() {
+  captions_.forget(listener_);
   destroy();
 }
 

@@ -17,8 +17,7 @@ namespace dialogs {
 class ReloadForm final : public window::Window, public directory::ReloadView, private SkinnedForm {
  public:
   /// `cancel` runs once for each show() at most. Captions and messages outlive this.
-  ReloadForm(const app::Captions& captions, const app::Messages& messages,
-             std::function<void()> cancel);
+  ReloadForm(app::Captions& captions, const app::Messages& messages, std::function<void()> cancel);
   ~ReloadForm() override;
 
   void show() override;
@@ -48,9 +47,10 @@ class ReloadForm final : public window::Window, public directory::ReloadView, pr
   [[nodiscard]] HWND control(int id) const { return GetDlgItem(handle(), id); }
   void write(int id, const std::string& text);
 
-  const app::Captions& captions_;
+  app::Captions& captions_;
   const app::Messages& messages_;
   std::function<void()> cancel_;
+  int listener_;
   std::optional<Progress> late_;  ///< what the pace timer is going to write
   ULONGLONG written_ = 0;         ///< tick count of the last progress that was
 };

@@ -212,6 +212,16 @@ TEST_F(Dialogs, ReloadIsCancelledOnceAndBeginsFresh) {
   }
 }
 
+TEST_F(Dialogs, ReloadFollowsANewLanguageWhileItShows) {
+  dialogs::ReloadForm form(captions, messages, [] {});
+  form.show();
+  captions.set("reloadform.Label1", "Einträge aller Genres werden jetzt gleich neu eingelesen");
+  EXPECT_EQ(
+      window::toNarrow(window::windowText(GetDlgItem(form.handle(), dialogs::kIdReloadLabel1))),
+      captions.get("reloadform.Label1"));
+  expectFits(form.handle(), "new language");
+}
+
 TEST_F(Dialogs, ProgressDoesNotComeToTheFrontAgain) {
   dialogs::ReloadForm form(captions, messages, [] {});
   dialogs::ReloadForm other(captions, messages, [] {});
