@@ -1,6 +1,7 @@
 // The player with the real engine and real streams, from click to sound.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -69,6 +70,42 @@ TEST_F(RealPlayback, PlaysAndRecordsAStation) {
   std::this_thread::sleep_for(300ms);
   EXPECT_EQ(app::readWhole(path)->size(), size);
   EXPECT_EQ(view.now("lblName"), "stop");
+}
+
+TEST_F(RealPlayback, GoesOnRecordingWhenALostConnectionIsBack) {
+  const std::string sound = engine_test::soundBytes("bells-00.mp3").substr(0, 48'000);
+  const std::string head =
+      "HTTP/1.0 200 OK\r\nicy-name:Here\r\nicy-br:128\r\nicy-metaint:24000\r\n\r\n";
+  const std::string title = "\2StreamTitle='Song';" + std::string(13, '\0');
+  const std::string path = folder.path() + "\\Song.mp3";
+  engine_test::ScriptedServer server;
+  playback.recordstatus(true);
+  play(server.url());
+  server.accept();
+  server.send(head + sound.substr(0, 24'000) + title);
+  server.close();
+  server.accept();
+  server.send(head + sound.substr(24'000) + title);
+  EXPECT_TRUE(view.waitFor("lblBPS", "bitrate: 128"));
+  std::string recorded;
+  for (int i = 0; i < 400 && recorded.size() < 46'000; ++i) {
+    std::this_thread::sleep_for(50ms);
+    recorded = app::readWhole(path).value_or("");
+  }
+  // Behind a copy of its first frame header the file has both connections' sound.
+  ASSERT_GT(recorded.size(), 46'000U);
+  const std::string all = recorded.substr(3);
+  EXPECT_NE(sound.find(all), std::string::npos);
+  const std::vector<std::string> shown = view.history("lblBPS");
+  EXPECT_NE(std::find(shown.begin(), shown.end(), "reconnecting..."), shown.end());
+  EXPECT_EQ(view.now("lblName"), "Here");
+  EXPECT_TRUE(playback.isActive());
+  // And the end of the stream is the end of playing.
+  server.close();
+  server.accept();
+  server.send("HTTP/1.0 404 Not Found\r\n\r\n");
+  EXPECT_TRUE(view.waitFor("lblName", "stop"));
+  EXPECT_FALSE(playback.isActive());
 }
 
 TEST_F(RealPlayback, ChangesToAnotherStation) {
