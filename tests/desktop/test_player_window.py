@@ -139,6 +139,24 @@ class Window(Case):
         self.desktop.click(menu["On Top"].middle)
         wait_for(lambda: not self.kestrel.player().topmost, "it to be like others")
 
+    def test_a_name_that_is_cut_is_told_whole_below_the_pointer(self):
+        self.kestrel.kill()
+        name = "A station with much more name than the player has room"
+        self.kestrel.write_list("Jazz", [(name.encode(), f"{self.radio.url}/playlist/jazz-1.pls".encode())])
+        self.start(player=2, playerstart=1, maxchar=100)
+        self.radio.switch("stream", "hang")  # and so never tells a name of its own
+        self.kestrel.choose("Genres", "Jazz", name)
+        self.kestrel.wait_label("station", lambda text: text == name)
+        left, top, _, _ = self.kestrel.control("name").rect
+        steps = iter(range(1000))
+
+        def tip():
+            self.desktop.move((left + 20 + next(steps) % 100, top + 10))
+            time.sleep(0.7)  # for that long the pointer rests
+            return self.kestrel.windows(class_name="tooltips_class32", visible=True)
+
+        wait_for(tip, "the whole name")
+
     def test_wheel_arrows_and_esc_work_wherever_the_pointer_is_on_it(self):
         def volume():
             return self.desktop.probe.send(self.kestrel.control("volume"), TBM_GETPOS)
