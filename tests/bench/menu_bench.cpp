@@ -44,8 +44,10 @@ double medianOf(HWND owner, int stations) {
         [&](int) {
           std::vector<window::MenuLine> lines;
           for (const tray::Line& line : tree.lines({tray::Popup::Kind::stations, 7})) {
-            lines.push_back({line.item->Caption, line.item->isSeparator(), line.item->Checked,
-                             line.item->Enabled, false, -1});
+            lines.push_back({.caption = line.item->Caption,
+                             .separator = line.item->isSeparator(),
+                             .checked = line.item->Checked,
+                             .enabled = line.item->Enabled});
           }
           shown = lines.size();
           return lines;
