@@ -29,6 +29,10 @@ size_t DownloadBuffer::room() const {
 
 void DownloadBuffer::markTitle(std::string title, uint64_t position) {
   const Lock lock(mutex_);
+  if (marks_.size() == kMostTitles) {
+    marks_.back().title = std::move(title);
+    return;
+  }
   if (!marks_.empty()) position = std::max(position, marks_.back().position);
   marks_.push_back({position, std::move(title)});
   changed_.notifyAll();

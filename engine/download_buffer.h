@@ -26,7 +26,8 @@ class DownloadBuffer {
   /// Waits for room. False once closed.
   bool write(std::span<const uint8_t> bytes);
   /// A title that counts from there on, in bytes since the start. The places of
-  /// titles rise; one that has been passed already is taken at once.
+  /// titles rise; one that has been passed already is taken at once. Where far more
+  /// wait than any station sends, a new one takes the last one's place.
   void markTitle(std::string title, uint64_t position);
   /// No more will be written, unless it goes on after all.
   void finish();
@@ -62,6 +63,7 @@ class DownloadBuffer {
 
  private:
   static constexpr size_t kBlock = 16 * 1024;
+  static constexpr size_t kMostTitles = 4096;
   using Block = std::unique_ptr<uint8_t[]>;
   struct Mark {
     uint64_t position;

@@ -18,7 +18,8 @@ class HlsSegmentReader {
   /// `base` is what the segment's addresses are relative to. Fetches the key first
   /// where there is one that was not used last.
   [[nodiscard]] NetError open(const Url& base, const HlsSegment& segment);
-  /// Waits for at least one byte. `got` 0 without an error: the end.
+  /// Waits for at least one byte, into room for at least 16. `got` 0 without an error:
+  /// the end.
   [[nodiscard]] NetError read(uint8_t* to, size_t room, size_t& got);
   void close() { source_.reset(); }
   bool isOpen() const { return source_ != nullptr; }

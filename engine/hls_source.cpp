@@ -181,7 +181,9 @@ void HlsSource::readTag() {
   while (const size_t length = id3Length(front())) {
     if (length > kLargestTag || !fillFront(front_taken_ + length)) return;
     setTitle(id3Title(front().first(length)));
-    front_taken_ += length;
+    const size_t read = front_taken_ + length;
+    front_.erase(front_.begin(), front_.begin() + static_cast<std::ptrdiff_t>(read));
+    front_taken_ = 0;
     fillFront(front_taken_ + kSniff);
   }
 }

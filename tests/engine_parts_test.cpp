@@ -234,6 +234,18 @@ TEST(DownloadBuffer, KeepsUnsoundedBytesAndTitlesFromTheListener) {
   EXPECT_FALSE(buffer.take(passed));
 }
 
+TEST(DownloadBuffer, IsNotFilledWithTitles) {
+  DownloadBuffer buffer(1000);
+  for (int i = 0; i < 1'000'000; ++i) buffer.markTitle(std::to_string(i), 0);
+  buffer.finish();
+  DownloadBuffer::Passed passed;
+  std::string last;
+  int count = 0;
+  for (; buffer.take(passed); ++count) last = passed.title.value_or("");
+  EXPECT_LE(count, 10'000);
+  EXPECT_EQ("999999", last);
+}
+
 TEST(DownloadBuffer, LetsEveryoneGoWhenClosed) {
   DownloadBuffer full(100);
   DownloadBuffer empty(100);
