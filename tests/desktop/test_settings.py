@@ -9,7 +9,8 @@ import unittest
 from case import Case
 from kestrel import LEFT, RIGHT
 from processes import wait_for
-from settings_dialog import CB_GETCURSEL, LB_GETCARETINDEX, LB_GETSEL, LB_GETSELCOUNT, LVM_GETITEMCOUNT, PAGES, SettingsDialog
+from settings_dialog import (CB_GETCURSEL, LB_GETCARETINDEX, LB_GETSEL, LB_GETSELCOUNT, LVM_GETITEMCOUNT, PAGES,
+                             SettingsDialog)
 
 GERMAN = """language:Deutsch
 author:Anna
@@ -324,9 +325,13 @@ class Settings(Case):
         self.start()
         x, y = self.kestrel.icon()
         icon = x - 8, y - 8, x + 8, y + 8
+
         # The taskbar is there before it is painted: until then there is one colour.
-        before = wait_for(lambda: (p := self.desktop.pixels(icon)) and len({p[i:i + 6] for i in range(-6 * 256, -6, 6)}) > 1
-                          and p, "the icon's picture")
+        def picture():
+            pixels = self.desktop.pixels(icon)
+            return len({pixels[i:i + 6] for i in range(-6 * 256, -6, 6)}) > 1 and pixels
+
+        before = wait_for(picture, "the icon's picture")
         dialog = self.open()
         self.assertEqual(before, self.desktop.pixels(icon))
         dialog.page(4)
