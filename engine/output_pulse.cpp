@@ -59,7 +59,10 @@ class PulseFactory final : public OutputFactory {
     const pa_sample_spec spec = {PA_SAMPLE_FLOAT32LE, kRate, Output::kChannels};
     const auto bytes = static_cast<uint32_t>(pa_usec_to_bytes(kQueueMilliseconds * 1000u, &spec));
     const auto whatever = static_cast<uint32_t>(-1);
-    const pa_buffer_attr buffer = {whatever, bytes, 0, whatever, whatever};
+    // Starts with the first frame, at first and after a gap. With none at all the server
+    // would go on meanwhile and drop what comes later as too late.
+    const auto frame = static_cast<uint32_t>(pa_frame_size(&spec));
+    const pa_buffer_attr buffer = {whatever, bytes, frame, whatever, whatever};
     pa_simple* connection = pa_simple_new(nullptr, "Kestrel", PA_STREAM_PLAYBACK, nullptr, "radio",
                                           &spec, nullptr, &buffer, nullptr);
     if (connection == nullptr) return nullptr;
