@@ -75,7 +75,7 @@ class Bench:
 
     def changes(self):
         """What many changes of the station leave behind."""
-        process = self.probe("/stream/" + self.mount, 0.02, self.options.changes, 0)
+        process = self.probe("/stream/" + self.mount, 0.02, self.options.changes, 200)
         sizes = []
         for line in process.stdout:
             word, *rest = line.split()
