@@ -1,7 +1,7 @@
 #include "engine/byte_source.h"
 
+#include "engine/any_case.h"
 #include "engine/chunked_source.h"
-#include "engine/playlist.h"
 
 namespace engine {
 namespace {

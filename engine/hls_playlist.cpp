@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/any_case.h"
 #include "engine/playlist.h"
 
 namespace engine {

@@ -2,18 +2,10 @@
 
 #include <algorithm>
 
+#include "engine/any_case.h"
+
 namespace engine {
 namespace {
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
-
-bool startsWithAnyCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() &&
-         std::equal(start.begin(), start.end(), text.begin(),
-                    [](char a, char b) { return lower(a) == lower(b); });
-}
 
 bool isDigit(char c) {
   return c >= '0' && c <= '9';

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "engine/any_case.h"
+
 namespace engine {
 namespace {
 
@@ -20,10 +22,6 @@ constexpr std::array<std::string_view, 8> kListTypes = {
     "application/x-mpegurl", "application/vnd.apple.mpegurl",
     "application/mpegurl",   "audio/x-scpls",
     "audio/scpls",           "application/pls"};
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
 
 std::string_view withoutBlank(std::string_view text) {
   const size_t from = std::min(text.find_first_not_of(kBlank), text.size());
@@ -47,12 +45,6 @@ bool readPlsLine(std::string_view line, std::string& address) {
 }
 
 }  // namespace
-
-bool startsWithAnyCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() &&
-         std::equal(start.begin(), start.end(), text.begin(),
-                    [](char a, char b) { return lower(a) == lower(b); });
-}
 
 BodyKind bodyKind(std::string_view head, std::string_view type) {
   const bool whole = head.size() >= kFarEnough;

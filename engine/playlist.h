@@ -25,6 +25,4 @@ std::vector<std::string> playlistAddresses(std::string_view text);
 /// ones, no byte order mark.
 std::vector<std::string_view> textLines(std::string_view text);
 
-bool startsWithAnyCase(std::string_view text, std::string_view start);
-
 }  // namespace engine

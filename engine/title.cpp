@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/any_case.h"
 #include "engine/utf8.h"
 
 namespace engine {
@@ -24,11 +25,6 @@ bool isNameCharacter(char c) {
 
 bool isQuote(char c) {
   return c == '\'' || c == '"';
-}
-
-bool startsWithAnyCase(std::string_view text, std::string_view start) {
-  const auto same = [](char a, char b) { return isLetter(a) ? (a | 32) == (b | 32) : a == b; };
-  return text.size() >= start.size() && std::equal(start.begin(), start.end(), text.begin(), same);
 }
 
 std::string_view trimmed(std::string_view text) {

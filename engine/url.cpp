@@ -2,14 +2,10 @@
 
 #include <algorithm>
 
+#include "engine/any_case.h"
+
 namespace engine {
 namespace {
-
-bool startsWithScheme(std::string_view text, std::string_view scheme) {
-  return text.size() >= scheme.size() &&
-         std::equal(scheme.begin(), scheme.end(), text.begin(),
-                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
-}
 
 std::optional<uint16_t> parsePort(std::string_view text) {
   uint32_t port = 0;
@@ -101,11 +97,11 @@ std::optional<Url> parseUrl(std::string_view text) {
   while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ') text.remove_suffix(1);
   while (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ') text.remove_prefix(1);
   Url url;
-  if (startsWithScheme(text, "https://")) {
+  if (startsWithAnyCase(text, "https://")) {
     url.secure = true;
     url.port = 443;
     text.remove_prefix(8);
-  } else if (startsWithScheme(text, "http://")) {
+  } else if (startsWithAnyCase(text, "http://")) {
     text.remove_prefix(7);
   } else {
     return std::nullopt;
