@@ -8,7 +8,7 @@
 namespace engine {
 
 /// A codec's recogniser for Ogg streams with Vorbis, Opus or FLAC inside (RFC 3533,
-/// RFC 7845, the Vorbis I specification, the FLAC-to-Ogg mapping).
+/// RFC 7845, Vorbis I, the FLAC-to-Ogg mapping).
 int recogniseOgg(std::span<const uint8_t> head, kestrel_format* format);
 
 /// The same for FLAC by itself (RFC 9639), after an ID3 tag or not.
