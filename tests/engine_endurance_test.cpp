@@ -3,6 +3,7 @@
 // KESTREL_HOURS of sound, KESTREL_CHANGES of the station.
 #include <dirent.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -34,8 +35,10 @@ size_t entriesOf(const char* folder) {
   return count;
 }
 
-/// Memory that no file stands behind, in KiB.
+/// Memory that no file stands behind, in KiB. What the C library keeps of what was
+/// freed, an arena for each few threads, would drown what is looked for.
 long privateMemory() {
+  malloc_trim(0);
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
     if (line.starts_with("RssAnon:")) return std::atol(line.c_str() + 8);
@@ -91,6 +94,8 @@ void sendHours(const ScriptedServer& server, double hours) {
     server.send(bytes + static_cast<char>(blocks) + title);
   }
 }
+
+const bool kOneArena = mallopt(M_ARENA_MAX, 1) != 0;
 
 TEST(Endurance, ALongTimeOfListeningTakesNoMoreMemoryThanAShortOne) {
   const double hours = wish("KESTREL_HOURS", 0.1);
@@ -160,9 +165,10 @@ TEST(Endurance, ChangesOfTheStationLeaveNothingBehind) {
               threads_before, threads, files_before, files, memory_before, memory);
   EXPECT_EQ(threads_before, threads);
   EXPECT_EQ(files_before, files);
-  if (kMemoryIsOurs) {
-    // The tape of what was played is the test's own.
-    EXPECT_LE(memory - memory_before, 1024 + changes);
+  if (kMemoryIsOurs && kOneArena) {
+    // The tape of what was played is the test's own. A stream that stayed would be
+    // its buffer and more.
+    EXPECT_LE(memory - memory_before, 4096 + 4 * changes);
   }
 }
 
