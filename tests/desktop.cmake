@@ -22,8 +22,6 @@ foreach(file ${desktop_tests})
   get_filename_component(subject ${file} NAME_WE)
   string(REPLACE "test_" "desktop_" subject ${subject})
   add_test(NAME ${subject} COMMAND ${Python3_EXECUTABLE} ${file})
-  set_tests_properties(${subject} PROPERTIES LABELS desktop TIMEOUT 240 RUN_SERIAL TRUE ENVIRONMENT
+  set_tests_properties(${subject} PROPERTIES LABELS desktop TIMEOUT 600 RUN_SERIAL TRUE ENVIRONMENT
     "KESTREL_PROGRAM=${PROJECT_BINARY_DIR}/kestrel;KESTREL_TOOLS=${desktop_tools};KESTREL_RADIO=${KESTREL_RADIO};KESTREL_PICTURES=${PROJECT_SOURCE_DIR}/build/pictures")
 endforeach()
-# Every window on three screens.
-set_tests_properties(desktop_windows PROPERTIES TIMEOUT 600)
