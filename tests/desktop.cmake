@@ -25,3 +25,5 @@ foreach(file ${desktop_tests})
   set_tests_properties(${subject} PROPERTIES LABELS desktop TIMEOUT 600 RUN_SERIAL TRUE ENVIRONMENT
     "KESTREL_PROGRAM=${PROJECT_BINARY_DIR}/kestrel;KESTREL_TOOLS=${desktop_tools};KESTREL_RADIO=${KESTREL_RADIO};KESTREL_PICTURES=${PROJECT_SOURCE_DIR}/build/pictures")
 endforeach()
+# Every window on many screens in many languages.
+set_tests_properties(desktop_windows PROPERTIES TIMEOUT 1000)
