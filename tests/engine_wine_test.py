@@ -77,6 +77,26 @@ class TlsDoor:
             pass  # a client that does not trust the certificate, or has enough
 
 
+class Redirects:
+    """A web server that knows only where else things are."""
+
+    def __init__(self, places):
+        class Handler(QuietHandler):
+            def do_GET(self):
+                self.send_response(302)
+                self.send_header("Location", places[self.path])
+                self.send_header("Content-Length", "0")
+                self.end_headers()
+
+        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        self.port = self.server.server_port
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
 class Files:
     """A web server of the files that ffmpeg makes in a folder."""
 
@@ -245,6 +265,18 @@ class Sound(unittest.TestCase):
         process.wait(10)
         self.assertIn("header icy-name:" + station.name.decode(), lines)
         self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+        # From an open server to a closed one and back.
+        stream = "/stream/" + station.mount
+        redirects = Redirects({"/in": self.door.url + "/out", "/out": self.radio.url + stream})
+        self.addCleanup(redirects.close)
+        self.door.inner_port = redirects.port
+        process = self.probe("/in", 0, f"http://127.0.0.1:{redirects.port}")
+        lines = process.stdout.read().splitlines()
+        process.stdout.close()
+        process.wait(10)
+        self.door.inner_port = self.radio.port
+        self.assertIn("header icy-name:" + station.name.decode(), lines)
 
     def test_tells_why_a_stream_does_not_open(self):
         process = self.probe("/bad/not-found/stream/" + self.station("mp3").mount, 0)
