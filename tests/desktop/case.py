@@ -33,6 +33,23 @@ class Case(unittest.TestCase):
         self.radio.get("/control/log?clear=1")
         self.addCleanup(self._leave)
 
+    def run(self, result=None):
+        """Wine's desktop now and then loses a key or a click on a busy machine: a case that
+        fails begins once more from nothing, and only then it counts."""
+        first = unittest.TestResult()
+        super().run(first)
+        if not first.wasSuccessful():
+            for _, trace in first.failures + first.errors:
+                print(f"{self.id()} is tried again after\n{trace}", file=sys.stderr, flush=True)
+            return super().run(result)
+        result.startTest(self)
+        if first.skipped:
+            result.addSkip(self, first.skipped[0][1])
+        else:
+            result.addSuccess(self)
+        result.stopTest(self)
+        return result
+
     def start(self, *arguments, **settings):
         """With an existing settings file, so that nothing is asked at the start."""
         self.kestrel.write_settings(**{"showsplash": 0, **settings})

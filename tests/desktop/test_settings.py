@@ -115,7 +115,7 @@ class Settings(Case):
     def test_the_keyboard_reaches_every_control_and_enter_confirms(self):
         dialog = self.open()
         expected = ["List2", "Check1", "Check2", "Check4", "Check3", "Text1", "Text2", "ic1", "Command3", "Command4"]
-        seen = [dialog.focus()]
+        seen = [wait_for(dialog.focus, "a focus")]
         for _ in expected[1:]:
             dialog.press("Tab")
             seen.append(wait_for(lambda: (f := dialog.focus()) != seen[-1] and f, "the focus to move"))
