@@ -168,6 +168,14 @@ class Sound(unittest.TestCase):
                 return lines
         self.fail(f"no {word} in {lines}")
 
+    @staticmethod
+    def rest(process):
+        """What it still writes until it has ended."""
+        lines = process.stdout.read().splitlines()
+        process.stdout.close()
+        process.wait(10)
+        return lines
+
     def test_plays_the_station_and_tells_its_headers(self):
         for codec, kind in ("mp3", "10005"), ("aac", "10b00"):
             station = self.station(codec)
@@ -175,9 +183,8 @@ class Sound(unittest.TestCase):
             lines = self.read_until(process, "type")
             time.sleep(1)
             sound = self.speakers.listen(2)
-            lines += process.stdout.read().splitlines()
-            process.stdout.close()
-            self.assertEqual(0, process.wait(10), lines)
+            lines += self.rest(process)
+            self.assertEqual(0, process.returncode, lines)
             self.assertIn("version 203", lines)
             self.assertIn(f"type {kind} rate 44100", lines)
             self.assertIn("header icy-name:" + station.name.decode(), lines)
@@ -199,9 +206,8 @@ class Sound(unittest.TestCase):
                 lines = self.read_until(process, "type")
                 time.sleep(1)
                 sound = self.speakers.listen(1)
-                lines += process.stdout.read().splitlines()
-                process.stdout.close()
-                self.assertEqual(0, process.wait(10), lines)
+                lines += self.rest(process)
+                self.assertEqual(0, process.returncode, lines)
                 self.assertTrue(any(line.startswith(f"type {kind} ") for line in lines), lines)
                 self.assertGreater(level(sound, tone), 4 * level(sound, tone * 1.06), name)
                 if name != "x.m3u8":
@@ -234,9 +240,8 @@ class Sound(unittest.TestCase):
 
     def test_ends_at_once_while_a_server_keeps_it_waiting(self):
         process = self.probe("/bad/hang-body-2500/stream/" + self.station("mp3").mount, 0)
-        lines = process.stdout.read().splitlines()
-        process.stdout.close()
-        self.assertEqual(0, process.wait(10))
+        lines = self.rest(process)
+        self.assertEqual(0, process.returncode)
         self.assertNotIn("playing", "".join(lines))
         freed = next(float(line.split()[1]) for line in lines if line.startswith("freed"))
         self.assertLess(freed, 1000)  # ms; the silence would be waited for 15 times as long
@@ -244,25 +249,19 @@ class Sound(unittest.TestCase):
     def test_plays_over_tls_from_a_server_that_is_trusted_and_no_other(self):
         station = self.station("mp3")
         process = self.probe("/stream/" + station.mount, 0, self.door.url)
-        self.assertIn("error 2", process.stdout.read().splitlines())
-        process.stdout.close()
-        process.wait(10)
+        self.assertIn("error 2", self.rest(process))
         for door in self.door, self.expired:
             trusting = self.prefix.start(os.path.abspath(PROBE), "trust",
                                          self.prefix.windows_path(door.authority),
                                          stderr=subprocess.DEVNULL)
             self.assertEqual(0, trusting.wait(20))
         process = self.probe("/stream/" + station.mount, 0, self.expired.url)
-        self.assertIn("error 2", process.stdout.read().splitlines())
-        process.stdout.close()
-        process.wait(10)
+        self.assertIn("error 2", self.rest(process))
         process = self.probe("/stream/" + station.mount, 4, self.door.url)
         lines = self.read_until(process, "type")
         time.sleep(1)
         sound = self.speakers.listen(2)
-        lines += process.stdout.read().splitlines()
-        process.stdout.close()
-        process.wait(10)
+        lines += self.rest(process)
         self.assertIn("header icy-name:" + station.name.decode(), lines)
         self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
 
@@ -272,22 +271,16 @@ class Sound(unittest.TestCase):
         self.addCleanup(redirects.close)
         self.door.inner_port = redirects.port
         process = self.probe("/in", 0, f"http://127.0.0.1:{redirects.port}")
-        lines = process.stdout.read().splitlines()
-        process.stdout.close()
-        process.wait(10)
+        lines = self.rest(process)
         self.door.inner_port = self.radio.port
         self.assertIn("header icy-name:" + station.name.decode(), lines)
 
     def test_tells_why_a_stream_does_not_open(self):
         process = self.probe("/bad/not-found/stream/" + self.station("mp3").mount, 0)
-        lines = process.stdout.read().splitlines()
-        process.stdout.close()
-        process.wait(10)
+        lines = self.rest(process)
         self.assertIn("error 2", lines)
         process = self.probe("/bad/html/stream/" + self.station("mp3").mount, 0)
-        self.assertIn("error 41", process.stdout.read().splitlines())
-        process.stdout.close()
-        process.wait(10)
+        self.assertIn("error 41", self.rest(process))
 
 
 if __name__ == "__main__":
