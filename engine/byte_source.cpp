@@ -31,12 +31,18 @@ bool isRedirect(int status) {
 
 }  // namespace
 
+std::string ByteRange::header() const {
+  if (isAll()) return {};
+  const std::string last = length == 0 ? "" : std::to_string(from + length - 1);
+  return "Range: bytes=" + std::to_string(from) + "-" + last + "\r\n";
+}
+
 OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                        uint64_t from) {
+                        const ByteRange& range) {
   Url next = url;
   for (int hop = 0; hop <= kMostRedirects; ++hop) {
     const auto open = next.secure ? openHttps : openHttp;
-    OpenedSource opened = open(next, interrupt, status, from);
+    OpenedSource opened = open(next, interrupt, status, range);
     if (!opened.source) return opened;
     opened.url = next;
     const ResponseHead head = opened.source->head();
@@ -45,7 +51,7 @@ OpenedSource openSource(const Url& url, const Interrupt& interrupt, const Status
     if (!next.secure && startsWithAnyCase(head.value("transfer-encoding"), "chunked")) {
       opened.source = std::make_unique<ChunkedSource>(std::move(opened.source));
     }
-    if (head.status == 200 || (from != 0 && beginsAt(head, from))) return opened;
+    if (head.status == 200 || (!range.isAll() && beginsAt(head, range.from))) return opened;
     if (isFinal(head)) return {nullptr, NetError::gone};
     if (!isRedirect(head.status)) break;
     const auto target = resolveRedirect(next, head.value("location"));

@@ -26,6 +26,15 @@ class ByteSource {
   virtual bool isOver() const { return false; }
 };
 
+/// A piece of what is at an address.
+struct ByteRange {
+  uint64_t from = 0;
+  uint64_t length = 0;  ///< 0: to the end
+  bool isAll() const { return from == 0 && length == 0; }
+  /// The request's header line that asks for it; empty for all.
+  std::string header() const;
+};
+
 struct OpenedSource {
   std::unique_ptr<ByteSource> source;  ///< null unless the server gave a stream
   NetError error = NetError::none;
@@ -36,17 +45,17 @@ struct OpenedSource {
 /// a zero; an answer's head is a row of such texts with an empty one at its end.
 using StatusSink = std::function<void(const std::string& text)>;
 
-/// Asks the server for the stream from byte `from` on, following at most 10
-/// redirects. Without status 206 in the answer, the stream begins at its beginning.
+/// Asks the server for that range of the stream, following at most 10 redirects.
+/// Without status 206 in the answer, it is the whole stream.
 OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                        uint64_t from = 0);
+                        const ByteRange& range = {});
 
 /// One answer over a plain connection.
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                      uint64_t from);
+                      const ByteRange& range);
 /// One answer over TLS, from a server whose certificate the system trusts. There is
 /// none natively.
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                       uint64_t from);
+                       const ByteRange& range);
 
 }  // namespace engine

@@ -19,7 +19,7 @@ class HttpSource final : public ByteSource {
  public:
   explicit HttpSource(const Interrupt& interrupt) : interrupt_(interrupt), socket_(interrupt) {}
 
-  NetError open(const Url& url, const StatusSink& status, uint64_t from);
+  NetError open(const Url& url, const StatusSink& status, const ByteRange& range);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
@@ -35,18 +35,17 @@ class HttpSource final : public ByteSource {
 };
 
 // 1.0, since a stream has no use for chunks and old radio servers know nothing else.
-std::string requestText(const Url& url, uint64_t from) {
-  const std::string range = from == 0 ? "" : "Range: bytes=" + std::to_string(from) + "-\r\n";
+std::string requestText(const Url& url, const ByteRange& range) {
   return "GET " + url.path + " HTTP/1.0\r\nHost: " + url.hostHeader() +
          "\r\nUser-Agent: Kestrel/" KESTREL_VERSION "\r\nAccept: */*\r\nIcy-MetaData: 1\r\n" +
-         range + "Connection: close\r\n\r\n";
+         range.header() + "Connection: close\r\n\r\n";
 }
 
-NetError HttpSource::open(const Url& url, const StatusSink& status, uint64_t from) {
+NetError HttpSource::open(const Url& url, const StatusSink& status, const ByteRange& range) {
   status(std::string("connecting...") + '\0');
   if (const NetError error = connect(url); error != NetError::none) return error;
   status(std::string("waiting for the server...") + '\0');
-  const NetError error = socket_.sendAll(requestText(url, from), Clock::now() + kAnswerTime);
+  const NetError error = socket_.sendAll(requestText(url, range), Clock::now() + kAnswerTime);
   return error != NetError::none ? error : readHead();
 }
 
@@ -101,9 +100,9 @@ NetError HttpSource::read(uint8_t* to, size_t room, size_t& got) {
 }  // namespace
 
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                      uint64_t from) {
+                      const ByteRange& range) {
   auto source = std::make_unique<HttpSource>(interrupt);
-  const NetError error = source->open(url, status, from);
+  const NetError error = source->open(url, status, range);
   if (error != NetError::none) return {nullptr, error};
   return {std::move(source), NetError::none};
 }

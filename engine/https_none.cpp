@@ -3,7 +3,7 @@
 namespace engine {
 
 OpenedSource openHttps(const Url& /*url*/, const Interrupt& /*interrupt*/,
-                       const StatusSink& /*status*/, uint64_t /*from*/) {
+                       const StatusSink& /*status*/, const ByteRange& /*range*/) {
   return {nullptr, NetError::unsupported};
 }
 

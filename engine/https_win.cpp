@@ -15,13 +15,13 @@ namespace {
 constexpr DWORD kAnswerTime = 16'000;   // ms, connecting included
 constexpr DWORD kSilenceTime = 10'000;  // ms
 
-std::wstring headers(uint64_t from) {
-  const std::wstring usual = L"Icy-MetaData: 1\r\nAccept: */*\r\n";
-  return from == 0 ? usual : usual + L"Range: bytes=" + std::to_wstring(from) + L"-\r\n";
-}
-
 std::wstring wide(const std::string& text) {
   return {text.begin(), text.end()};
+}
+
+std::wstring headers(const ByteRange& range) {
+  const std::wstring usual = L"Icy-MetaData: 1\r\nAccept: */*\r\n";
+  return usual + wide(range.header());
 }
 
 /// One request as its callbacks see it. They may come until its handle has told
@@ -84,7 +84,7 @@ class HttpsSource final : public ByteSource {
  public:
   explicit HttpsSource(const Interrupt& interrupt) : interrupt_(interrupt) {}
 
-  NetError open(const Url& url, uint64_t from);
+  NetError open(const Url& url, const ByteRange& range);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
@@ -145,10 +145,10 @@ NetError HttpsSource::wait(DWORD milliseconds) {
   return NetError::timeout;
 }
 
-NetError HttpsSource::open(const Url& url, uint64_t from) {
+NetError HttpsSource::open(const Url& url, const ByteRange& range) {
   if (!prepare(url)) return NetError::failed;
-  if (!WinHttpSendRequest(request_.get(), headers(from).c_str(), static_cast<DWORD>(-1), nullptr, 0,
-                          0, reinterpret_cast<DWORD_PTR>(exchange_))) {
+  if (!WinHttpSendRequest(request_.get(), headers(range).c_str(), static_cast<DWORD>(-1), nullptr,
+                          0, 0, reinterpret_cast<DWORD_PTR>(exchange_))) {
     return netError(GetLastError());
   }
   if (const NetError error = wait(kAnswerTime); error != NetError::none) return error;
@@ -205,10 +205,10 @@ NetError HttpsSource::read(uint8_t* to, size_t room, size_t& got) {
 }  // namespace
 
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                       uint64_t from) {
+                       const ByteRange& range) {
   status(std::string("connecting...") + '\0');
   auto source = std::make_unique<HttpsSource>(interrupt);
-  const NetError error = source->open(url, from);
+  const NetError error = source->open(url, range);
   if (error != NetError::none) return {nullptr, error};
   return {std::move(source), NetError::none};
 }

@@ -47,7 +47,7 @@ class Opener {
   Opener(const Interrupt& interrupt, const StatusSink& status)
       : interrupt_(interrupt), status_(status) {}
 
-  OpenedSource open(const Url& url, uint64_t from, int depth);
+  OpenedSource open(const Url& url, const ByteRange& range, int depth);
 
  private:
   OpenedSource follow(OpenedSource& opened, int depth);
@@ -60,9 +60,9 @@ class Opener {
   int asked_ = 0;
 };
 
-OpenedSource Opener::open(const Url& url, uint64_t from, int depth) {
+OpenedSource Opener::open(const Url& url, const ByteRange& range, int depth) {
   if (depth > kDeepest || ++asked_ > kMostAddresses) return failed(NetError::format);
-  OpenedSource opened = openSource(url, interrupt_, status_, from);
+  OpenedSource opened = openSource(url, interrupt_, status_, range);
   // A resumed file is known already.
   if (!opened.source || opened.source->head().status == 206) return opened;
   return follow(opened, depth);
@@ -95,7 +95,7 @@ OpenedSource Opener::followPlaylist(OpenedSource& opened, std::string text, int 
   for (const std::string& address : playlistAddresses(text)) {
     const auto url = resolveRedirect(opened.url, address);
     if (!url || asked_ >= kMostAddresses) continue;
-    last = open(*url, 0, depth + 1);
+    last = open(*url, {}, depth + 1);
     if (last.source || last.error == NetError::interrupted) break;
   }
   return last;
@@ -105,7 +105,7 @@ OpenedSource Opener::followHls(const OpenedSource& opened, HlsPlaylist list, int
   if (!list.variants.empty()) {
     const auto url = resolveRedirect(opened.url, list.choice());
     if (!url) return failed(NetError::format);
-    return open(*url, 0, depth + 1);
+    return open(*url, {}, depth + 1);
   }
   auto source =
       std::make_unique<HlsSource>(std::move(list), opened.url, opened.source->head(), interrupt_);
@@ -118,7 +118,7 @@ OpenedSource Opener::followPage(OpenedSource& opened, std::string text, int dept
   if (opened.url.path == "/" || opened.url.path == "/index.html") {
     Url url = opened.url;
     url.path = "/;";
-    OpenedSource stream = open(url, 0, depth + 1);
+    OpenedSource stream = open(url, {}, depth + 1);
     if (stream.source || stream.error == NetError::interrupted) return stream;
   }
   // The page itself: whoever asked sees that it is no sound.
@@ -129,8 +129,8 @@ OpenedSource Opener::followPage(OpenedSource& opened, std::string text, int dept
 }  // namespace
 
 OpenedSource openStation(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                         uint64_t from) {
-  return Opener(interrupt, status).open(url, from, 0);
+                         const ByteRange& range) {
+  return Opener(interrupt, status).open(url, range, 0);
 }
 
 }  // namespace engine

@@ -8,6 +8,6 @@ namespace engine {
 /// stream of sound: follows playlists to the first entry that answers, HLS to its
 /// segments, and a radio server's page to the stream behind it.
 OpenedSource openStation(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                         uint64_t from);
+                         const ByteRange& range);
 
 }  // namespace engine
