@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "engine/network_watch.h"
 #include "engine/station_source.h"
 
 namespace engine {
@@ -34,15 +35,6 @@ bool isPage(const ResponseHead& head) {
 bool isFile(const ResponseHead& head) {
   return lengthOf(head) && head.icyTags().empty() &&
          !(head.value("etag").empty() && head.value("last-modified").empty());
-}
-
-// True once interrupted.
-bool waitUntil(const Interrupt& interrupt, Clock::time_point deadline) {
-  for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
-    if (left.count() <= 0) return interrupt.isSet();
-    if (interrupt.wait(std::min(left, kWaitStep))) return true;
-  }
 }
 
 }  // namespace
@@ -82,11 +74,11 @@ std::optional<std::string> Connection::takeTitle() {
 bool Connection::openAgain() {
   source_.reset();
   if (brought_ >= kGoodBytes) pause_ = kFirstPause;
+  NetworkWatch network;
   for (;;) {
     if (interrupt_.isSet()) return false;
     status_(std::string("reconnecting...") + '\0');
-    const auto pause = std::exchange(pause_, std::min(pause_ * 2, kLongestPause));
-    if (waitUntil(interrupt_, Clock::now() + pause)) return false;
+    if (pause(network)) return false;
     OpenedSource opened = tryOpen();
     if (opened.error == NetError::gone) return false;
     // A page instead of sound: a hotel's door, or a server in distress.
@@ -96,6 +88,26 @@ bool Connection::openAgain() {
     brought_ = 0;
     to_skip_ = file_length_ && head_.status != 206 ? received_ : 0;
     return true;
+  }
+}
+
+// True once interrupted. What was out of reach may be in reach of another network: when
+// it changes, no pause is longer than the first.
+bool Connection::pause(NetworkWatch& network) {
+  auto end = Clock::now() + std::exchange(pause_, std::min(pause_ * 2, kLongestPause));
+  for (;;) {
+    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
+    if (left.count() <= 0) return interrupt_.isSet();
+    switch (network.wait(interrupt_, std::min(left, kWaitStep))) {
+      case NetworkWatch::Woken::by_interrupt:
+        return true;
+      case NetworkWatch::Woken::by_change:
+        pause_ = kFirstPause;
+        end = std::min(end, Clock::now() + kFirstPause);
+        break;
+      case NetworkWatch::Woken::by_time:
+        break;
+    }
   }
 }
 

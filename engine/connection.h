@@ -8,6 +8,8 @@
 
 namespace engine {
 
+class NetworkWatch;
+
 /// The connection to a station, made again when it is lost: after half a second at
 /// first, then at intervals that double up to half a minute, for as long as nobody
 /// interrupts. One thread.
@@ -33,6 +35,7 @@ class Connection {
 
  private:
   OpenedSource tryOpen();
+  bool pause(NetworkWatch& network);
 
   const Url url_;
   const Interrupt& interrupt_;

@@ -1,7 +1,14 @@
 // A stream goes on whatever becomes of its connection.
 #include <gtest/gtest.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <functional>
 #include <future>
 
@@ -29,6 +36,14 @@ std::string heads(const Listener& listener) {
   return all;
 }
 
+bool hears(const Listener& listener, const std::string& bytes) {
+  for (int i = 0; i < 2000; ++i) {
+    if (listener.bytes().size() >= bytes.size()) return listener.bytes() == bytes;
+    std::this_thread::sleep_for(10ms);
+  }
+  return false;
+}
+
 /// A listener whose server has sent the first part of its sound.
 class Recovery : public testing::Test {
  protected:
@@ -38,13 +53,7 @@ class Recovery : public testing::Test {
     server.send(head + part(0));
     return opening.get();
   }
-  bool hears(const std::string& bytes) const {
-    for (int i = 0; i < 2000; ++i) {
-      if (listener.bytes().size() >= bytes.size()) return listener.bytes() == bytes;
-      std::this_thread::sleep_for(10ms);
-    }
-    return false;
-  }
+  bool hears(const std::string& bytes) const { return engine_test::hears(listener, bytes); }
 
   Listener listener;
   Session session;
@@ -164,6 +173,48 @@ TEST_F(Recovery, StopsAtOnceWhileItTries) {
     EXPECT_LT(Clock::now() - start, 1s);
     while (server.isAsked(0ms)) server.accept();
   }
+}
+
+// A network of this test's own, as far as this thread and those that it starts see.
+bool haveOwnNetwork() {
+  return unshare(CLONE_NEWNET) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0;
+}
+
+void setUp(short up) {
+  const int control = socket(AF_INET, SOCK_DGRAM, 0);
+  ifreq loopback = {};
+  std::strcpy(loopback.ifr_name, "lo");
+  loopback.ifr_flags = up;
+  EXPECT_EQ(0, ioctl(control, SIOCSIFFLAGS, &loopback));
+  close(control);
+}
+
+TEST(NetworkChange, EndsALongPause) {
+  std::thread([] {
+    if (!haveOwnNetwork()) GTEST_SKIP() << "only root may have a network of its own";
+    setUp(IFF_UP);
+    Listener listener;
+    const Session session;
+    ScriptedServer server;
+    auto opening = std::async(std::launch::async, [&] { return listener.play(server.url()); });
+    server.accept();
+    server.send(kStation + part(0));
+    ASSERT_NE(0u, opening.get());
+    server.close();
+    server.leave();
+    const auto tries = [&] {
+      const auto all = texts(listener.notes(Note::status));
+      return std::count(all.begin(), all.end(), "reconnecting...");
+    };
+    while (tries() < 5) std::this_thread::sleep_for(10ms);
+    server.comeBack();
+    setUp(0);
+    setUp(IFF_UP);
+    EXPECT_TRUE(server.isAsked(4s));  // and not only in 8
+    server.accept();
+    server.send(kStation + part(1));
+    EXPECT_TRUE(hears(listener, part(0) + part(1)));
+  }).join();
 }
 
 TEST_F(Recovery, LetsAFileEnd) {
