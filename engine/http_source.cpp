@@ -1,8 +1,11 @@
+#include "engine/http_source.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
 
-#include "engine/byte_source.h"
+#include "engine/any_case.h"
+#include "engine/chunked_source.h"
 
 namespace engine {
 namespace {
@@ -17,7 +20,8 @@ constexpr size_t kLongestHead = 64 * 1024;
 
 class HttpSource final : public ByteSource {
  public:
-  explicit HttpSource(const Interrupt& interrupt) : interrupt_(interrupt), socket_(interrupt) {}
+  HttpSource(std::unique_ptr<Link> link, const Interrupt& interrupt)
+      : interrupt_(interrupt), link_(std::move(link)) {}
 
   NetError open(const Url& url, const StatusSink& status, const ByteRange& range);
   const ResponseHead& head() const override { return head_; }
@@ -25,10 +29,10 @@ class HttpSource final : public ByteSource {
 
  private:
   NetError connect(const Url& url);
-  NetError readHead();
+  NetError readHead(Clock::time_point deadline);
 
   const Interrupt& interrupt_;
-  Socket socket_;
+  const std::unique_ptr<Link> link_;
   ResponseHead head_;
   std::string early_;  ///< body bytes that came with the head
   size_t early_taken_ = 0;
@@ -45,8 +49,9 @@ NetError HttpSource::open(const Url& url, const StatusSink& status, const ByteRa
   status(std::string("connecting...") + '\0');
   if (const NetError error = connect(url); error != NetError::none) return error;
   status(std::string("waiting for the server...") + '\0');
-  const NetError error = socket_.sendAll(requestText(url, range), Clock::now() + kAnswerTime);
-  return error != NetError::none ? error : readHead();
+  const auto deadline = Clock::now() + kAnswerTime;
+  const NetError error = link_->sendAll(requestText(url, range), deadline);
+  return error != NetError::none ? error : readHead(deadline);
 }
 
 NetError HttpSource::connect(const Url& url) {
@@ -58,19 +63,18 @@ NetError HttpSource::connect(const Url& url) {
     // for the next.
     const auto now = Clock::now();
     const auto share = (deadline - now) / static_cast<int>(addresses.size() - i);
-    error = socket_.connect(addresses[i], now + share);
+    error = link_->connect(addresses[i], now + share);
     if (error == NetError::none || error == NetError::interrupted) break;
   }
   return error;
 }
 
-NetError HttpSource::readHead() {
-  const auto deadline = Clock::now() + kAnswerTime;
+NetError HttpSource::readHead(Clock::time_point deadline) {
   std::array<uint8_t, 4096> some;
   size_t length = 0;
   while (length == 0) {
     size_t got = 0;
-    const NetError error = socket_.receive(some.data(), some.size(), deadline, got);
+    const NetError error = link_->receive(some.data(), some.size(), deadline, got);
     if (error != NetError::none) return error;
     if (got == 0 || early_.size() + got > kLongestHead) return NetError::failed;
     early_.append(reinterpret_cast<const char*>(some.data()), got);
@@ -94,17 +98,24 @@ NetError HttpSource::read(uint8_t* to, size_t room, size_t& got) {
     }
     return NetError::none;
   }
-  return socket_.receive(to, room, Clock::now() + kSilenceTime, got);
+  return link_->receive(to, room, Clock::now() + kSilenceTime, got);
 }
 
 }  // namespace
 
-OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                      const ByteRange& range) {
-  auto source = std::make_unique<HttpSource>(interrupt);
+OpenedSource openOver(std::unique_ptr<Link> link, const Url& url, const Interrupt& interrupt,
+                      const StatusSink& status, const ByteRange& range) {
+  auto source = std::make_unique<HttpSource>(std::move(link), interrupt);
   const NetError error = source->open(url, status, range);
   if (error != NetError::none) return {nullptr, error};
-  return {std::move(source), NetError::none};
+  const bool chunked = startsWithAnyCase(source->head().value("transfer-encoding"), "chunked");
+  if (!chunked) return {std::move(source), NetError::none};
+  return {std::make_unique<ChunkedSource>(std::move(source)), NetError::none};
+}
+
+OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
+                      const ByteRange& range) {
+  return openOver(std::make_unique<Socket>(interrupt), url, interrupt, status, range);
 }
 
 }  // namespace engine

@@ -53,18 +53,32 @@ class NetworkStart {
 NetError resolveHost(const std::string& host, uint16_t port, const Interrupt& interrupt,
                      Clock::time_point deadline, std::vector<Address>& addresses);
 
-/// A TCP connection whose waits end at once when `interrupt` is set. One thread.
-class Socket {
+/// What a request and its answer go over: bytes to and from one server, plain or
+/// not. Waits end at the deadline, and at once when the stream is interrupted. One
+/// thread.
+class Link {
+ public:
+  virtual ~Link() = default;
+
+  /// In place of the connection before, if there was one.
+  [[nodiscard]] virtual NetError connect(const Address& address, Clock::time_point deadline) = 0;
+  [[nodiscard]] virtual NetError sendAll(std::string_view bytes, Clock::time_point deadline) = 0;
+  /// Waits for at least one byte. `got` 0 without an error: the server has closed.
+  [[nodiscard]] virtual NetError receive(uint8_t* to, size_t room, Clock::time_point deadline,
+                                         size_t& got) = 0;
+};
+
+/// A TCP connection whose waits end at once when `interrupt` is set.
+class Socket final : public Link {
  public:
   explicit Socket(const Interrupt& interrupt);
-  ~Socket();
+  ~Socket() override;
   Socket(const Socket&) = delete;
   Socket& operator=(const Socket&) = delete;
 
-  [[nodiscard]] NetError connect(const Address& address, Clock::time_point deadline);
-  [[nodiscard]] NetError sendAll(std::string_view bytes, Clock::time_point deadline);
-  /// Waits for at least one byte. `got` 0 without an error: the server has closed.
-  [[nodiscard]] NetError receive(uint8_t* to, size_t room, Clock::time_point deadline, size_t& got);
+  NetError connect(const Address& address, Clock::time_point deadline) override;
+  NetError sendAll(std::string_view bytes, Clock::time_point deadline) override;
+  NetError receive(uint8_t* to, size_t room, Clock::time_point deadline, size_t& got) override;
 
  private:
   enum class Wait { readable, writable, connected };

@@ -5,7 +5,7 @@ build_packages=(
   ca-certificates git python3 cmake ninja-build ccache pkg-config make
   g++ g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   dpkg-dev xz-utils nasm
-  libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libpulse-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libpulse-dev libssl-dev
   libcpp-httplib-dev googletest ffmpeg lame
 )
 desktop_packages=(
@@ -13,7 +13,7 @@ desktop_packages=(
   pulseaudio pulseaudio-utils
 )
 test_packages=(
-  clang libclang-rt-14-dev libbenchmark-dev icecast2 curl debootstrap procps openssl
+  clang libclang-rt-14-dev libbenchmark-dev icecast2 nginx-light curl debootstrap procps openssl
 )
 
 as_root() {
