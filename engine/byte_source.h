@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "engine/byte_range.h"
 #include "engine/icy.h"
 #include "engine/socket.h"
 #include "engine/url.h"
@@ -26,15 +27,6 @@ class ByteSource {
   virtual bool isOver() const { return false; }
 };
 
-/// A piece of what is at an address.
-struct ByteRange {
-  uint64_t from = 0;
-  uint64_t length = 0;  ///< 0: to the end
-  bool isAll() const { return from == 0 && length == 0; }
-  /// The request's header line that asks for it; empty for all.
-  std::string header() const;
-};
-
 struct OpenedSource {
   std::unique_ptr<ByteSource> source;  ///< null unless the server gave a stream
   NetError error = NetError::none;
@@ -53,7 +45,8 @@ OpenedSource openSource(const Url& url, const Interrupt& interrupt, const Status
 /// One answer over a plain connection.
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                       const ByteRange& range);
-/// One answer over TLS, from a server whose certificate the system trusts.
+/// One answer over TLS, from a server whose certificate the system trusts. There is
+/// none natively.
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                        const ByteRange& range);
 

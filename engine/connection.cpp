@@ -56,7 +56,7 @@ NetError Connection::open() {
 
 OpenedSource Connection::tryOpen() {
   try {
-    return openStation(url_, interrupt_, status_, {file_length_ ? received_ : 0});
+    return openStation(url_, interrupt_, status_, {file_length_ ? received_ : 0}, place_);
   } catch (const std::exception&) {  // no memory, or no thread to look the name up
     return {nullptr, NetError::failed};
   }

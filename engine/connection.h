@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "engine/byte_source.h"
+#include "engine/hls_list.h"
 
 namespace engine {
 
@@ -40,6 +41,7 @@ class Connection {
   const Url url_;
   const Interrupt& interrupt_;
   const StatusSink status_;
+  HlsPlace place_;
   std::unique_ptr<ByteSource> source_;
   ResponseHead head_;
   std::optional<uint64_t> file_length_;  ///< nothing for a station

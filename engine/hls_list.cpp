@@ -16,6 +16,9 @@ constexpr double kLongestWait = 10;
 // A list without news for so long, or for so many of its segments, is dead.
 constexpr double kDeadSeconds = 20;
 constexpr double kDeadSegments = 4;
+// Whoever was away for longer, in seconds beyond where a listener usually is, would
+// rather hear what is on now.
+constexpr double kLongestLag = 60;
 
 std::chrono::milliseconds milliseconds(double seconds) {
   return std::chrono::milliseconds(static_cast<int64_t>(seconds * 1000));
@@ -28,13 +31,36 @@ uint64_t startOf(const HlsPlaylist& list) {
   return list.segments[first].number;
 }
 
+// The next segment for a listener who has been there before: the one behind the last
+// heard, known by its number, or by its address where the server has begun to count
+// anew.
+uint64_t continuationOf(const HlsPlaylist& list, const HlsPlace& place) {
+  const uint64_t usual = startOf(list);
+  const auto& segments = list.segments;
+  if (!place.begun || segments.empty()) return usual;
+  const auto same_number = std::find_if(segments.begin(), segments.end(), [&](const auto& each) {
+    return each.number == place.number;
+  });
+  const auto same_file = std::find_if(segments.rbegin(), segments.rend(),
+                                      [&](const auto& each) { return each.file == place.file; });
+  uint64_t next = place.number + 1;
+  const bool moved = same_number == segments.end() || !(same_number->file == place.file);
+  if (moved && same_file != segments.rend()) next = same_file->number + 1;
+  if (list.ended) return next;
+  if (next > segments.back().number + 1) return usual;
+  next = std::max(next, segments.front().number);
+  const double lag = next < usual ? static_cast<double>(usual - next) * list.target_seconds : 0;
+  return lag > kLongestLag ? usual : next;
+}
+
 }  // namespace
 
-HlsList::HlsList(HlsPlaylist list, Url url, const Interrupt& interrupt)
+HlsList::HlsList(HlsPlaylist list, Url url, const Interrupt& interrupt, HlsPlace& place)
     : list_(std::move(list)),
       url_(std::move(url)),
       interrupt_(interrupt),
-      next_number_(startOf(list_)),
+      place_(place),
+      next_number_(continuationOf(list_, place_)),
       reload_at_(Clock::now() + interval(true)) {}
 
 // A live list is asked for again after one segment's time, or half of it when it
@@ -45,9 +71,9 @@ std::chrono::milliseconds HlsList::interval(bool changed) const {
 }
 
 bool HlsList::takeNext(HlsSegment& segment) {
-  const auto found =
-      std::find_if(list_.segments.begin(), list_.segments.end(),
-                   [this](const HlsSegment& each) { return each.number >= next_number_; });
+  const auto found = std::find_if(
+      list_.segments.begin(), list_.segments.end(),
+      [this](const HlsSegment& each) { return !each.gap && each.number >= next_number_; });
   if (found == list_.segments.end()) return false;
   segment = *found;
   segment.discontinuity = segment.discontinuity || skipped_ || segment.number > next_number_;
@@ -80,7 +106,7 @@ NetError HlsList::reload() {
   const NetError error = fetchDocument(url_, interrupt_, kLargestList, text);
   if (error == NetError::interrupted || error == NetError::gone) return error;
   auto list = error == NetError::none ? parseHls(text) : std::nullopt;
-  if (!list || !list->variants.empty()) {
+  if (!list || !list->variants.empty() || list->foreign) {
     // The list may come back before the sound in hand is played; whoever begins anew
     // would hear some of it twice.
     reload_at_ = Clock::now() + interval(false);
@@ -90,7 +116,7 @@ NetError HlsList::reload() {
   const bool changed = !list->segments.empty() && last >= next_number_;
   // The server has begun to count anew.
   if (!list->segments.empty() && last + 1 < next_number_ && !list->ended) {
-    next_number_ = startOf(*list);
+    next_number_ = continuationOf(*list, place_);
     skipped_ = true;
   }
   list_ = std::move(*list);

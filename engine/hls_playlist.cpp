@@ -1,7 +1,7 @@
 #include "engine/hls_playlist.h"
 
 #include <algorithm>
-#include <cmath>
+#include <map>
 
 #include "engine/any_case.h"
 #include "engine/playlist.h"
@@ -12,6 +12,10 @@ namespace {
 // More than sound ever needs; the rest of such a list of qualities is for pictures.
 constexpr uint32_t kMostBandwidth = 600'000;
 constexpr double kLongestTarget = 3600;
+// Far more than a day, in pieces of a second.
+constexpr size_t kMostSegments = 200'000;
+// What variables may make of a list, in bytes: a small one could name a gigabyte.
+constexpr size_t kMostExpanded = 4 << 20;
 
 uint64_t numberIn(std::string_view text) {
   uint64_t number = 0;
@@ -20,6 +24,13 @@ uint64_t numberIn(std::string_view text) {
     number = number * 10 + static_cast<uint64_t>(c - '0');
   }
   return number;
+}
+
+// Where a quoted text ends; some servers write quotes within as \".
+size_t quoteEnd(std::string_view text) {
+  size_t end = text.find('"');
+  while (end != text.npos && end > 0 && text[end - 1] == '\\') end = text.find('"', end + 1);
+  return end;
 }
 
 // Value of one of "NAME=value,NAME="quoted, value"", without quotes.
@@ -32,7 +43,7 @@ std::string_view attribute(std::string_view list, std::string_view name) {
     list.remove_prefix(equals + 1);
     const bool quoted = list.starts_with('"');
     if (quoted) list.remove_prefix(1);
-    const size_t end = std::min(list.find(quoted ? '"' : ','), list.size());
+    const size_t end = std::min(quoted ? quoteEnd(list) : list.find(','), list.size());
     if (key == name) return list.substr(0, end);
     list.remove_prefix(std::min(end + 1, list.size()));
   }
@@ -55,14 +66,14 @@ std::optional<std::array<uint8_t, 16>> hexBytes(std::string_view text) {
   return bytes;
 }
 
-HlsKey readKey(std::string_view attributes) {
+std::shared_ptr<const HlsKey> readKey(std::string_view attributes) {
   const std::string_view method = attribute(attributes, "METHOD");
+  if (method == "NONE") return nullptr;
   HlsKey key;
-  if (method == "NONE") return key;
   key.method = method == "AES-128" ? HlsKey::Method::aes128 : HlsKey::Method::unknown;
   key.address = attribute(attributes, "URI");
   key.iv = hexBytes(attribute(attributes, "IV"));
-  return key;
+  return std::make_shared<const HlsKey>(std::move(key));
 }
 
 bool hasVideo(std::string_view attributes) {
@@ -77,10 +88,63 @@ double secondsIn(std::string_view text) {
   return std::min(static_cast<double>(numberIn(text)), kLongestTarget);
 }
 
+// "length" or "length@from"; without a start it is `next`. Nothing for an empty range.
+std::optional<ByteRange> byteRange(std::string_view text, uint64_t next) {
+  const size_t at = text.find('@');
+  const uint64_t length = numberIn(text);
+  if (length == 0) return std::nullopt;
+  return ByteRange{at == text.npos ? next : numberIn(text.substr(at + 1)), length};
+}
+
+std::string unquoted(std::string_view text) {
+  std::string plain;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && text.substr(i + 1).starts_with('"')) continue;
+    plain += text[i];
+  }
+  return plain;
+}
+
+// Whether a text that may be anything is "artist - title".
+bool isTitle(std::string_view text) {
+  const size_t dash = text.find(" - ");
+  if (dash == text.npos || text.find("://") != text.npos) return false;
+  const auto has_letter = [](std::string_view part) {
+    return std::any_of(part.begin(), part.end(), [](char c) {
+      return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c & 0x80) != 0;
+    });
+  };
+  const auto endings = {".ts", ".aac", ".mp3", ".mp4", ".m4s", ".m4a", ".m3u8", ".wav"};
+  const bool file = std::any_of(endings.begin(), endings.end(), [&](std::string_view ending) {
+    return text.size() > ending.size() &&
+           startsWithAnyCase(text.substr(text.size() - ending.size()), ending);
+  });
+  return !file && has_letter(text.substr(0, dash)) && has_letter(text.substr(dash + 3));
+}
+
+// The title behind a segment's length: "10,title="…",artist="…"", or a plain text,
+// which may also be a file's name or a remark.
+std::string segmentTitle(std::string_view value) {
+  const size_t comma = value.find(',');
+  if (comma == value.npos) return {};
+  const std::string_view text = value.substr(comma + 1);
+  const std::string title = unquoted(attribute(text, "title"));
+  const std::string artist = unquoted(attribute(text, "artist"));
+  const auto blank = [](const std::string& one) {
+    return one.find_first_not_of(' ') == one.npos || one == "-";
+  };
+  // Advertising systems put records of their own there.
+  if (title.find("=\"") != title.npos) return {};
+  if (!blank(title)) return blank(artist) ? title : artist + " - " + title;
+  return text.find("=\"") == text.npos && isTitle(text) ? std::string(text) : std::string();
+}
+
 /// Reads line by line; what a tag says holds for the addresses after it.
 class Reader {
  public:
   void read(std::string_view line) {
+    const auto expanded = expand(line);
+    if (expanded) line = *expanded;
     if (!line.starts_with('#')) return readAddress(line);
     const size_t colon = line.find(':');
     const std::string_view name = line.substr(0, colon);
@@ -101,24 +165,31 @@ class Reader {
     } else if (name == "#EXT-X-TARGETDURATION") {
       list_.target_seconds = std::max(secondsIn(value), 1.0);
     } else if (name == "#EXT-X-MEDIA-SEQUENCE") {
-      number_ = numberIn(value);
+      if (list_.segments.empty()) number_ = numberIn(value);
+    } else if (name == "#EXT-X-SKIP") {
+      if (list_.segments.empty()) number_ += numberIn(attribute(value, "SKIPPED-SEGMENTS"));
+    } else if (name == "#EXTINF") {
+      next_.title = segmentTitle(value);
     } else if (name == "#EXT-X-KEY") {
       next_.key = readKey(value);
     } else if (name == "#EXT-X-MAP") {
-      next_.map = attribute(value, "URI");
-      map_is_part_ = !attribute(value, "BYTERANGE").empty();
+      readMap(value);
     } else if (name == "#EXT-X-DISCONTINUITY") {
       next_.discontinuity = true;
     } else if (name == "#EXT-X-BYTERANGE") {
-      next_.part = true;
+      range_ = value;
+    } else if (name == "#EXT-X-GAP") {
+      next_.gap = true;
+    } else if (name == "#EXT-X-DEFINE") {
+      define(value);
     } else if (name == "#EXT-X-ENDLIST") {
       list_.ended = true;
     }
   }
 
   void readMedia(std::string_view value) {
+    if (attribute(value, "TYPE") != "AUDIO") return;
     const std::string_view address = attribute(value, "URI");
-    if (attribute(value, "TYPE") != "AUDIO" || address.empty()) return;
     list_.audio.push_back({std::string(attribute(value, "GROUP-ID")), std::string(address),
                            attribute(value, "DEFAULT") == "YES"});
   }
@@ -130,19 +201,70 @@ class Reader {
       variant_.reset();
       return;
     }
-    next_.address = address;
+    if (list_.segments.size() == kMostSegments) return;
+    const bool follows = next_.file.address == address;
+    next_.file = {std::string(address), rangeAfter(follows ? next_.file.range : ByteRange())};
     next_.number = number_++;
     list_.segments.push_back(next_);
-    list_.segments.back().part = next_.part || map_is_part_;
     next_.discontinuity = false;
-    next_.part = false;
+    next_.gap = false;
+    next_.title.clear();
+    range_.reset();
+  }
+
+  ByteRange rangeAfter(const ByteRange& last) {
+    if (!range_) return {};
+    const auto range = byteRange(*range_, last.from + last.length);
+    next_.gap = next_.gap || !range;
+    return range.value_or(ByteRange());
+  }
+
+  void readMap(std::string_view value) {
+    const std::string_view range = attribute(value, "BYTERANGE");
+    const HlsFile file{std::string(attribute(value, "URI")),
+                       byteRange(range, 0).value_or(ByteRange())};
+    next_.map =
+        file.address.empty() ? nullptr : std::make_shared<const HlsMap>(HlsMap{file, next_.key});
+  }
+
+  void define(std::string_view value) {
+    const std::string_view name = attribute(value, "NAME");
+    // Values from the list's address or from the list above it.
+    if (name.empty()) {
+      list_.foreign = true;
+    } else {
+      variables_["{$" + std::string(name) + "}"] = attribute(value, "VALUE");
+    }
+  }
+
+  // The line with its variables' values; nothing when it has none.
+  std::optional<std::string> expand(std::string_view line) {
+    if (variables_.empty() || line.find("{$") == line.npos) return std::nullopt;
+    std::string text;
+    for (size_t at = 0; !list_.foreign && (at = line.find("{$")) != line.npos;) {
+      const std::string_view rest = line.substr(at);
+      const std::string_view name = rest.substr(0, rest.find('}') + 1);
+      const auto value = variables_.find(std::string(name));
+      if (value == variables_.end()) {
+        list_.foreign = true;
+        break;
+      }
+      text.append(line.substr(0, at)).append(value->second);
+      line.remove_prefix(at + name.size());
+      list_.foreign = expanded_ + text.size() > kMostExpanded;
+    }
+    text += line;
+    expanded_ += text.size();
+    return text;
   }
 
   HlsPlaylist list_;
   std::optional<HlsVariant> variant_;
   HlsSegment next_;  ///< its key and map hold until others are named
-  bool map_is_part_ = false;
+  std::optional<std::string> range_;
   uint64_t number_ = 0;
+  std::map<std::string, std::string> variables_;  ///< by "{$name}"
+  size_t expanded_ = 0;                           ///< bytes that these brought
 };
 
 }  // namespace
@@ -164,7 +286,7 @@ std::string HlsPlaylist::choice() const {
     if (best->audio.empty() || each.group != best->audio) continue;
     if (sound == nullptr || (each.preferred && !sound->preferred)) sound = &each;
   }
-  return sound != nullptr ? sound->address : best->address;
+  return sound != nullptr && !sound->address.empty() ? sound->address : best->address;
 }
 
 std::optional<HlsPlaylist> parseHls(std::string_view text) {

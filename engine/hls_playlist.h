@@ -2,10 +2,13 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "engine/byte_range.h"
 
 namespace engine {
 
@@ -18,13 +21,27 @@ struct HlsKey {
   std::optional<std::array<uint8_t, 16>> iv;  ///< else the segment's number
 };
 
-struct HlsSegment {
+struct HlsFile {
   std::string address;
-  uint64_t number = 0;         ///< that the server counts on with
-  bool discontinuity = false;  ///< does not go on where the one before ended
-  bool part = false;           ///< a piece of the file only
-  HlsKey key;
-  std::string map;  ///< address of what goes before it, empty without
+  ByteRange range;
+  bool operator==(const HlsFile&) const = default;
+};
+
+/// What goes before segments so that they can be understood.
+struct HlsMap {
+  HlsFile file;
+  std::shared_ptr<const HlsKey> key;  ///< null: plain
+};
+
+/// Keys and maps hold for many segments, which share them.
+struct HlsSegment {
+  HlsFile file;
+  uint64_t number = 0;                ///< that the server counts on with
+  bool discontinuity = false;         ///< does not go on where the one before ended
+  bool gap = false;                   ///< is not to be had
+  std::shared_ptr<const HlsKey> key;  ///< null: plain
+  std::shared_ptr<const HlsMap> map;  ///< null without
+  std::string title;                  ///< "artist - title" as the list tells it, or empty
 };
 
 struct HlsVariant {
@@ -34,9 +51,10 @@ struct HlsVariant {
   std::string audio;  ///< name of the group that its sound is in
 };
 
-/// A rendition of sound with a list of its own.
+/// A rendition of sound.
 struct HlsAudio {
-  std::string group, address;
+  std::string group;
+  std::string address;  ///< of its list; empty: it is in the variant's own
   bool preferred = false;
 };
 
@@ -46,6 +64,7 @@ struct HlsPlaylist {
   std::vector<HlsSegment> segments;
   double target_seconds = 0;  ///< the longest segment
   bool ended = false;         ///< no segments will be added
+  bool foreign = false;       ///< needs what stands in other lists: cannot be played
 
   /// Of a master list, the list to play: the best sound among those without a
   /// picture, or else the sound of the least demanding one. Empty without any.

@@ -20,23 +20,27 @@ void HlsSegmentReader::FreeCipher::operator()(AVAES* cipher) const {
   av_free(cipher);
 }
 
-NetError HlsSegmentReader::open(const Url& base, const HlsSegment& segment) {
+NetError HlsSegmentReader::open(const Url& base, const HlsFile& file, const HlsKey* key,
+                                uint64_t number) {
   close();
   cipher_.reset();
   encrypted_.clear();
-  if (segment.key.method == HlsKey::Method::unknown || segment.part) return NetError::format;
-  const auto url = resolveRedirect(base, segment.address);
-  if (!url) return NetError::format;
-  if (segment.key.method == HlsKey::Method::aes128) {
-    if (const NetError error = loadKey(base, segment.key); error != NetError::none) return error;
-    vector_ = segment.key.iv.value_or(std::array<uint8_t, kBlock>{});
-    for (size_t i = 0; i < 8 && !segment.key.iv; ++i) {
-      vector_[kBlock - 1 - i] = static_cast<uint8_t>(segment.number >> (8 * i));
+  const auto url = resolveRedirect(base, file.address);
+  if (!url || (key != nullptr && key->method == HlsKey::Method::unknown)) return NetError::format;
+  if (key != nullptr) {
+    if (const NetError error = loadKey(base, *key); error != NetError::none) return error;
+    vector_ = key->iv.value_or(std::array<uint8_t, kBlock>{});
+    for (size_t i = 0; i < 8 && !key->iv; ++i) {
+      vector_[kBlock - 1 - i] = static_cast<uint8_t>(number >> (8 * i));
     }
   }
-  OpenedSource opened = openSource(*url, interrupt_, [](const std::string&) {});
+  OpenedSource opened = openSource(
+      *url, interrupt_, [](const std::string&) {}, file.range);
+  if (!opened.source) return opened.error;
   source_ = std::move(opened.source);
-  return opened.error;
+  skip_ = source_->head().status == 206 ? 0 : file.range.from;
+  left_ = file.range.length != 0 ? file.range.length : UINT64_MAX;
+  return NetError::none;
 }
 
 NetError HlsSegmentReader::loadKey(const Url& base, const HlsKey& key) {
@@ -56,7 +60,22 @@ NetError HlsSegmentReader::loadKey(const Url& base, const HlsKey& key) {
 }
 
 NetError HlsSegmentReader::read(uint8_t* to, size_t room, size_t& got) {
-  return cipher_ ? readEncrypted(to, room, got) : source_->read(to, room, got);
+  return cipher_ ? readEncrypted(to, room, got) : readSource(to, room, got);
+}
+
+NetError HlsSegmentReader::readSource(uint8_t* to, size_t room, size_t& got) {
+  while (skip_ != 0) {
+    const auto some = static_cast<size_t>(std::min<uint64_t>(skip_, room));
+    const NetError error = source_->read(to, some, got);
+    if (error != NetError::none || got == 0) return error;
+    skip_ -= got;
+  }
+  got = 0;
+  room = static_cast<size_t>(std::min<uint64_t>(left_, room));
+  if (room == 0) return NetError::none;
+  const NetError error = source_->read(to, room, got);
+  left_ -= got;
+  return error;
 }
 
 // The last block tells how much of it is filling; so one is always kept back until
@@ -68,7 +87,7 @@ NetError HlsSegmentReader::readEncrypted(uint8_t* to, size_t room, size_t& got) 
     const size_t had = encrypted_.size();
     encrypted_.resize(had + kReadSize);
     size_t more = 0;
-    const NetError error = source_->read(encrypted_.data() + had, kReadSize, more);
+    const NetError error = readSource(encrypted_.data() + had, kReadSize, more);
     encrypted_.resize(had + more);
     if (error != NetError::none) return error;
     ended = more == 0;

@@ -10,14 +10,15 @@ struct AVAES;
 
 namespace engine {
 
-/// One segment's bytes, decrypted. One thread.
+/// The bytes of a file or a piece of one, decrypted. One thread.
 class HlsSegmentReader {
  public:
   explicit HlsSegmentReader(const Interrupt& interrupt) : interrupt_(interrupt) {}
 
-  /// `base` is what the segment's addresses are relative to. Fetches the key first
-  /// where there is one that was not used last.
-  [[nodiscard]] NetError open(const Url& base, const HlsSegment& segment);
+  /// `base` is what the addresses are relative to. Fetches the key first where there
+  /// is one (not null) that was not used last; `number` goes into the decryption.
+  [[nodiscard]] NetError open(const Url& base, const HlsFile& file, const HlsKey* key,
+                              uint64_t number);
   /// Waits for at least one byte, into room for at least 16. `got` 0 without an error:
   /// the end.
   [[nodiscard]] NetError read(uint8_t* to, size_t room, size_t& got);
@@ -31,10 +32,13 @@ class HlsSegmentReader {
   };
 
   NetError loadKey(const Url& base, const HlsKey& key);
+  NetError readSource(uint8_t* to, size_t room, size_t& got);
   NetError readEncrypted(uint8_t* to, size_t room, size_t& got);
 
   const Interrupt& interrupt_;
   std::unique_ptr<ByteSource> source_;
+  uint64_t skip_ = 0;  ///< bytes before the piece, from a server that gives only all
+  uint64_t left_ = 0;  ///< of the piece
   std::string key_address_;
   std::string key_;
   std::unique_ptr<AVAES, FreeCipher> cipher_;  ///< null for a plain segment

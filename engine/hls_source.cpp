@@ -7,7 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include "engine/fetch.h"
 #include "engine/id3.h"
 
 namespace engine {
@@ -29,6 +28,10 @@ ResponseHead stationHead(const ResponseHead& answer) {
     return !line.starts_with("icy-") || line.starts_with("icy-metaint");
   });
   return head;
+}
+
+bool isSame(const HlsMap* one, const HlsMap* other) {
+  return one == other || (one != nullptr && other != nullptr && one->file == other->file);
 }
 
 // The header that makes a bare AAC frame one of ADTS (ISO/IEC 13818-7), from the
@@ -67,10 +70,10 @@ std::string timedTitle(std::span<const uint8_t> bytes) {
 }  // namespace
 
 HlsSource::HlsSource(HlsPlaylist list, Url url, const ResponseHead& head,
-                     const Interrupt& interrupt)
+                     const Interrupt& interrupt, HlsPlace& place)
     : head_(stationHead(head)),
       interrupt_(interrupt),
-      list_(std::move(list), std::move(url), interrupt),
+      list_(std::move(list), std::move(url), interrupt, place),
       reader_(interrupt),
       packet_(av_packet_alloc()) {
   if (!packet_) throw std::bad_alloc();
@@ -106,6 +109,7 @@ void HlsSource::beginPart() {
   kind_ = kindOfFront();
   in_part_ = true;
   if (kind_ == Kind::frames) {
+    takeListTitle();
     readTag();
     return;
   }
@@ -122,6 +126,7 @@ void HlsSource::endPart() {
   demuxer_.reset();
   front_.clear();
   front_taken_ = 0;
+  part_bytes_ = 0;
 }
 
 HlsSource::Kind HlsSource::kindOfFront() const {
@@ -149,20 +154,31 @@ void HlsSource::produce() {
 // What comes before a title must be out before the title.
 void HlsSource::producePackets() {
   while (out_.size() < kPiece && title_.empty()) {
-    if (!demuxer_->readPacket(*packet_)) return endPart();
+    // One whose title had to be told first is still there.
+    if (packet_->data == nullptr && !demuxer_->readPacket(*packet_)) return endPart();
+    const bool in_place = packet_->pos < 0 || static_cast<uint64_t>(packet_->pos) >= list_title_at_;
+    if (in_place && isSound() && takeListTitle()) return;
     takePacket();
     av_packet_unref(packet_.get());
   }
 }
 
+const AVCodecParameters& HlsSource::packetCodec() const {
+  return *demuxer_->context().streams[packet_->stream_index]->codecpar;
+}
+
+// Of the one that is listened to, where there are several.
+bool HlsSource::isSound() const {
+  return packetCodec().codec_type == AVMEDIA_TYPE_AUDIO &&
+         (stream_ < 0 || stream_ == packet_->stream_index);
+}
+
 void HlsSource::takePacket() {
-  const AVStream& stream = *demuxer_->context().streams[packet_->stream_index];
-  const AVCodecParameters& codec = *stream.codecpar;
+  const AVCodecParameters& codec = packetCodec();
   const std::span<const uint8_t> bytes(packet_->data, static_cast<size_t>(packet_->size));
   if (codec.codec_id == AV_CODEC_ID_TIMED_ID3) return setTitle(timedTitle(bytes));
-  if (codec.codec_type != AVMEDIA_TYPE_AUDIO) return;
+  if (!isSound()) return;
   if (stream_ < 0) stream_ = packet_->stream_index;
-  if (stream_ != packet_->stream_index) return;
   if (kind_ == Kind::mp4 && codec.codec_id == AV_CODEC_ID_AAC) {
     const auto header = adtsFor(codec, bytes.size());
     if (!header) return;
@@ -172,7 +188,16 @@ void HlsSource::takePacket() {
 }
 
 void HlsSource::setTitle(const std::string& title) {
-  if (!title.empty()) title_ = title;
+  if (title.empty()) return;
+  title_ = title;
+  has_tags_ = true;
+}
+
+bool HlsSource::takeListTitle() {
+  const std::string title = std::exchange(list_title_, {});
+  if (title.empty() || has_tags_) return false;
+  title_ = title;
+  return true;
 }
 
 // Frames by themselves begin with a tag that tells their time, and maybe a title.
@@ -204,6 +229,12 @@ bool HlsSource::fillFront(size_t wanted) {
 // Over when the segment ends that belongs to no demuxer, or before one that does not
 // go on where the last one ended.
 int HlsSource::readPart(uint8_t* to, int room) {
+  const int got = readSegments(to, room);
+  part_bytes_ += static_cast<uint64_t>(got);
+  return got;
+}
+
+int HlsSource::readSegments(uint8_t* to, int room) {
   for (;;) {
     if (front_taken_ < front_.size()) {
       const size_t got = std::min(front_.size() - front_taken_, static_cast<size_t>(room));
@@ -222,7 +253,7 @@ int HlsSource::readPart(uint8_t* to, int room) {
     if (kind_ == Kind::frames || error_ != NetError::none) return 0;
     HlsSegment segment;
     if (!nextSegment(segment)) return 0;
-    if (segment.discontinuity || segment.map != map_) {
+    if (segment.discontinuity || !isSame(segment.map.get(), map_.get())) {
       waiting_ = std::move(segment);
       return 0;
     }
@@ -251,19 +282,20 @@ bool HlsSource::openNext() {
 
 bool HlsSource::loadMap(const HlsSegment& segment) {
   map_ = segment.map;
-  if (map_.empty()) return true;
-  auto url = resolveRedirect(list_.url(), map_);
-  std::string text;
-  if (!url) return noteFailure(NetError::format);
-  const NetError error = fetchDocument(*url, interrupt_, kLargestMap, text);
-  front_.assign(text.begin(), text.end());
-  return error == NetError::none || noteFailure(error);
+  if (!map_) return true;
+  const NetError error = reader_.open(list_.url(), map_->file, map_->key.get(), segment.number);
+  if (error != NetError::none) return noteFailure(error);
+  if (fillFront(kLargestMap)) return noteFailure(NetError::format);
+  return error_ == NetError::none;
 }
 
 bool HlsSource::openSegment(const HlsSegment& segment) {
-  const NetError error = reader_.open(list_.url(), segment);
+  const NetError error = reader_.open(list_.url(), segment.file, segment.key.get(), segment.number);
   if (error != NetError::none) return noteFailure(error);
   failures_ = 0;
+  list_.setHeard(segment);
+  list_title_ = segment.title;
+  list_title_at_ = part_bytes_;
   return true;
 }
 

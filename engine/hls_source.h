@@ -15,8 +15,10 @@ namespace engine {
 /// titles. One thread.
 class HlsSource final : public ByteSource {
  public:
-  /// `head`: the answer that brought the list.
-  HlsSource(HlsPlaylist list, Url url, const ResponseHead& head, const Interrupt& interrupt);
+  /// `head`: the answer that brought the list. `place`, where the listener was and is,
+  /// outlives this.
+  HlsSource(HlsPlaylist list, Url url, const ResponseHead& head, const Interrupt& interrupt,
+            HlsPlace& place);
 
   const ResponseHead& head() const override { return head_; }
   [[nodiscard]] NetError read(uint8_t* to, size_t room, size_t& got) override;
@@ -30,10 +32,14 @@ class HlsSource final : public ByteSource {
   void endPart();
   void produce();
   void producePackets();
+  const AVCodecParameters& packetCodec() const;
+  bool isSound() const;
   void takePacket();
   void readTag();
   void setTitle(const std::string& title);
+  bool takeListTitle();
   int readPart(uint8_t* to, int room);
+  int readSegments(uint8_t* to, int room);
   bool nextSegment(HlsSegment& segment);
   bool openNext();
   bool loadMap(const HlsSegment& segment);
@@ -52,8 +58,9 @@ class HlsSource final : public ByteSource {
   Kind kind_ = Kind::frames;
   std::unique_ptr<Demuxer> demuxer_;
   Owned<AVPacket> packet_;
-  int stream_ = -1;  ///< that is listened to
-  std::string map_;
+  int stream_ = -1;          ///< that is listened to
+  uint64_t part_bytes_ = 0;  ///< that the demuxer was given
+  std::shared_ptr<const HlsMap> map_;
   std::optional<HlsSegment> waiting_;  ///< begins the next part
   std::vector<uint8_t> front_;         ///< read of the segment ahead of its turn
   size_t front_taken_ = 0;
@@ -61,7 +68,10 @@ class HlsSource final : public ByteSource {
 
   std::vector<uint8_t> out_;
   size_t out_taken_ = 0;
-  std::string title_;  ///< of what comes after out_
+  std::string title_;           ///< of what comes after out_
+  std::string list_title_;      ///< of what the list says is in the segment…
+  uint64_t list_title_at_ = 0;  ///< …that begins there in the part
+  bool has_tags_ = false;       ///< whose titles are better than the list's
   std::optional<std::string> told_;
   NetError error_ = NetError::none;
   bool over_ = false;

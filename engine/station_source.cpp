@@ -44,8 +44,8 @@ OpenedSource failed(NetError error) {
 
 class Opener {
  public:
-  Opener(const Interrupt& interrupt, const StatusSink& status)
-      : interrupt_(interrupt), status_(status) {}
+  Opener(const Interrupt& interrupt, const StatusSink& status, HlsPlace& place)
+      : interrupt_(interrupt), status_(status), place_(place) {}
 
   OpenedSource open(const Url& url, const ByteRange& range, int depth);
 
@@ -57,6 +57,7 @@ class Opener {
 
   const Interrupt& interrupt_;
   const StatusSink& status_;
+  HlsPlace& place_;
   int asked_ = 0;
 };
 
@@ -102,13 +103,14 @@ OpenedSource Opener::followPlaylist(OpenedSource& opened, std::string text, int 
 }
 
 OpenedSource Opener::followHls(const OpenedSource& opened, HlsPlaylist list, int depth) {
+  if (list.foreign) return failed(NetError::format);
   if (!list.variants.empty()) {
     const auto url = resolveRedirect(opened.url, list.choice());
     if (!url) return failed(NetError::format);
     return open(*url, {}, depth + 1);
   }
-  auto source =
-      std::make_unique<HlsSource>(std::move(list), opened.url, opened.source->head(), interrupt_);
+  auto source = std::make_unique<HlsSource>(std::move(list), opened.url, opened.source->head(),
+                                            interrupt_, place_);
   return {std::move(source), NetError::none, opened.url};
 }
 
@@ -129,8 +131,8 @@ OpenedSource Opener::followPage(OpenedSource& opened, std::string text, int dept
 }  // namespace
 
 OpenedSource openStation(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                         const ByteRange& range) {
-  return Opener(interrupt, status).open(url, range, 0);
+                         const ByteRange& range, HlsPlace& place) {
+  return Opener(interrupt, status, place).open(url, range, 0);
 }
 
 }  // namespace engine

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "engine/byte_source.h"
+#include "engine/hls_list.h"
 
 namespace engine {
 
 /// Asks for a station as openSource does, and makes of whatever is at its address a
 /// stream of sound: follows playlists to the first entry that answers, HLS to its
-/// segments, and a radio server's page to the stream behind it.
+/// segments, and a radio server's page to the stream behind it. `place` is where the
+/// listener was in the latter; it follows the source, which it outlives.
 OpenedSource openStation(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                         const ByteRange& range);
+                         const ByteRange& range, HlsPlace& place);
 
 }  // namespace engine

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <map>
 
+#include "engine/hls_list.h"
 #include "tests/engine_harness.h"
 #include "tests/engine_web.h"
 
@@ -40,15 +41,16 @@ struct Segments {
   const char* prepare;
   const char* words;
   BASS_DWORD type;
+  bool ranges = false;  ///< that the server serves
 };
 
 class Hls : public testing::TestWithParam<Segments> {};
 
 TEST_P(Hls, IsHeardAcrossItsSegments) {
   WebServer web;
-  const auto files = filesOf(GetParam().prepare + sineInput(440, 3.5) + GetParam().words +
+  const auto files = filesOf(GetParam().prepare + sineInput(440, 2.5) + GetParam().words +
                              " -f hls -hls_time 1 -hls_playlist_type vod list.m3u8");
-  EXPECT_GT(files.size(), 4u) << "no segments";
+  if (GetParam().ranges) web.serveRanges();
   for (const auto& [name, bytes] : files) web.put("/a/" + name, bytes);
   web.put("/master",
           "#EXTM3U\n"
@@ -57,8 +59,11 @@ TEST_P(Hls, IsHeardAcrossItsSegments) {
           "#EXT-X-STREAM-INF:BANDWIDTH=128000,CODECS=\"mp4a.40.2\"\na/list.m3u8\n");
   Listener listener;
   Session session;
-  hear440(session, listener.play(web.url("/master")), GetParam().type, 2.5);
+  hear440(session, listener.play(web.url("/master")), GetParam().type, 1.5);
   EXPECT_TRUE(listener.waitFor(Note::end, 1));
+  EXPECT_GT(web.asked().size(), 4u) << "no segments";
+  const std::lock_guard lock(session.reel()->mutex);
+  EXPECT_LT(session.reel()->left.size(), Tape::kRate * 3u) << "each of them once";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -67,6 +72,10 @@ INSTANTIATE_TEST_SUITE_P(
         Segments{"TransportAac", "", "-c:a aac -ar 44100", BASS_CTYPE_STREAM_AAC},
         Segments{"TransportMp3", "", "-c:a libmp3lame", BASS_CTYPE_STREAM_MP3},
         Segments{"FragmentedMp4", "", "-c:a aac -hls_segment_type fmp4", BASS_CTYPE_STREAM_AAC},
+        Segments{"TransportByteRanges", "", "-c:a libmp3lame -hls_flags single_file",
+                 BASS_CTYPE_STREAM_MP3, true},
+        Segments{"Mp4ByteRangesOfAServerThatGivesAll", "",
+                 "-c:a aac -hls_segment_type fmp4 -hls_flags single_file", BASS_CTYPE_STREAM_AAC},
         Segments{"Encrypted", "printf 0123456789abcdef > key && printf 'key\\nkey\\n' > info && ",
                  "-c:a aac -hls_key_info_file info", BASS_CTYPE_STREAM_AAC}),
     [](const auto& each) { return each.param.name; });
@@ -179,6 +188,154 @@ TEST(Hls, TellsTheTitlesInATransportStream) {
   EXPECT_NEAR(static_cast<double>(first.size()), static_cast<double>(titles[1].position), 2000);
 }
 
+TEST(Hls, TellsTheTitlesOfTheListWithTheirSegments) {
+  WebServer web;
+  std::vector<size_t> places;
+  size_t bytes = 0;
+  for (int i = 0; i < 4; ++i) {
+    TransportStream segment;
+    const std::string sound = encodedSine(440, 0.5, kMp3, "x.mp3");
+    if (i == 2) segment.addTag(id3Tag("Three"));
+    segment.addSound(sound);
+    web.put("/" + std::to_string(i), segment.bytes());
+    places.push_back(bytes);
+    bytes += sound.size();
+  }
+  web.put("/list",
+          "#EXTM3U\n#EXT-X-TARGETDURATION:1\n"
+          "#EXTINF:0.5,title=\"One\",artist=\"Band\"\n0\n#EXTINF:0.5,Band - Two\n1\n"
+          "#EXTINF:0.5,Tags - win\n2\n#EXTINF:0.5,Tags - win\n3\n#EXT-X-ENDLIST\n");
+  Listener listener;
+  Session session;
+  ASSERT_NE(0u, listener.play(web.url("/list"))) << BASS_ErrorGetCode();
+  ASSERT_TRUE(listener.waitFor(Note::end, 1));
+  const auto titles = listener.notes(Note::title);
+  ASSERT_EQ((std::vector<std::string>{"StreamTitle='Band - One';", "StreamTitle='Band - Two';",
+                                      "StreamTitle='Band - Three';"}),
+            texts(titles));
+  EXPECT_EQ(places[1], titles[1].position);
+  EXPECT_NEAR(static_cast<double>(places[2]), static_cast<double>(titles[2].position), 2000);
+}
+
+struct Extinf {
+  const char* line;
+  const char* title;
+};
+
+TEST(HlsPlaylist, TakesForATitleOnlyWhatIsOne) {
+  const Extinf cases[] = {
+      {"10,title=\"Song\",artist=\"Band\"", "Band - Song"},
+      {"9.98,title=\"Say \\\"Hi\\\", now\",artist=\"A, B\",url=\"spot=\\\"F\\\"\"",
+       "A, B - Say \"Hi\", now"},
+      {"10,artist=\" \",title=\"News\"", "News"},
+      {"10,title=\"text=\\\"Spot Block End\\\" id=\\\"7\\\"\",artist=\" \"", ""},
+      {"10,title=\"\",artist=\"\"", ""},
+      {"10,Band - Song (it's live)", "Band - Song (it's live)"},
+      {"10,\xc3\x89lan - \xc3\x89t\xc3\xa9", "\xc3\x89lan - \xc3\x89t\xc3\xa9"},
+      {"10,", ""},
+      {"10", ""},
+      {"10,no desc", ""},
+      {"10,2026 - 12", ""},
+      {"10,radio - 128.AAC", ""},
+      {"10,http://x/a - b", ""},
+      {"10,tvg-id=\"a - b\" group=\"c - d\"", ""}};
+  for (const Extinf& each : cases) {
+    const auto list = engine::parseHls(
+        "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:" + std::string(each.line) + "\na\nb\n");
+    ASSERT_TRUE(list && list->segments.size() == 2);
+    EXPECT_EQ(each.title, list->segments[0].title) << each.line;
+    EXPECT_EQ("", list->segments[1].title) << each.line;
+  }
+}
+
+/// Addresses and ranges of all that is played, in order; "!" where one does not go on
+/// from the one before.
+std::string played(const std::string& text, engine::HlsPlace place = {}) {
+  const engine::Interrupt interrupt;
+  auto parsed = engine::parseHls("#EXTM3U\n#EXT-X-TARGETDURATION:10\n" + text);
+  if (!parsed || parsed->foreign) return "refused";
+  const size_t size = parsed->segments.size();
+  engine::HlsList list(std::move(*parsed), {}, interrupt, place);
+  std::string all;
+  engine::HlsSegment segment;
+  // A live one would wait for more.
+  for (bool over = false; segment.number + 1 < size || size == 0;) {
+    if (list.next(segment, over) != engine::NetError::none || over) break;
+    all += (all.empty() ? "" : segment.discontinuity ? " !" : " ") + segment.file.address;
+    const engine::ByteRange& range = segment.file.range;
+    if (!range.isAll())
+      all += "@" + std::to_string(range.from) + "+" + std::to_string(range.length);
+  }
+  return all;
+}
+
+struct ListText {
+  const char* text;
+  const char* played;
+};
+
+TEST(HlsPlaylist, UnderstandsWhatServersWrite) {
+  const ListText cases[] = {
+      {"#EXT-X-BYTERANGE:10@5\na\n#EXT-X-BYTERANGE:20\na\n#EXT-X-BYTERANGE:7\nb\nb\n",
+       "a@5+10 a@15+20 b@0+7 b"},
+      {"#EXT-X-BYTERANGE:0@5\na\nb\n", "b"},
+      {"a\n#EXT-X-DISCONTINUITY\nb\nc\n", "a !b c"},
+      {"a\n#EXT-X-GAP\nb\nc\n", "a !c"},
+      {"#EXT-X-PART-INF:PART-TARGET=1\na\n#EXT-X-PART:DURATION=1,URI=\"p\"\nb\n"
+       "#EXT-X-PRELOAD-HINT:TYPE=PART,URI=\"q\"\n",
+       "a b"},
+      {"#EXT-X-DEFINE:NAME=\"x\",VALUE=\"1\"\n#EXT-X-DEFINE:NAME=\"y\",VALUE=\"{$x}2\"\n"
+       "a{$x}{$y}\nb\n",
+       "a112 b"},
+      {"#EXT-X-DEFINE:NAME=\"x\",VALUE=\"1\"\na{$z}\n", "refused"},
+      {"#EXT-X-DEFINE:QUERYPARAM=\"x\"\na{$x}\n", "refused"}};
+  for (const ListText& each : cases) {
+    EXPECT_EQ(each.played, played(each.text + "#EXT-X-ENDLIST"s)) << each.text;
+  }
+}
+
+TEST(HlsList, GoesOnBehindTheLastSegmentHeard) {
+  const auto numbered = [](int first, int count, const std::string& name = "s") {
+    std::string text = "#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
+    for (int i = first; i < first + count; ++i) text += name + std::to_string(i) + "\n";
+    return text;
+  };
+  const auto began = [](const std::string& text, uint64_t number, const std::string& file) {
+    const std::string all = played(text, {true, number, {file, {}}});
+    return all.substr(0, all.find(' '));
+  };
+  EXPECT_EQ("s14", began(numbered(10, 8), 13, "s13"));
+  EXPECT_EQ("t14", began(numbered(10, 8, "t"), 13, "s13")) << "another session's addresses";
+  EXPECT_EQ("s3", began("#EXT-X-MEDIA-SEQUENCE:100\ns1\ns2\ns3\ns4\ns5\ns6\n", 42, "s2"))
+      << "counts anew, addresses go on";
+  EXPECT_EQ("t5", began(numbered(0, 8, "t"), 42, "s42")) << "all is new";
+  EXPECT_EQ("s20", began(numbered(20, 8), 13, "s13")) << "missed some";
+  EXPECT_EQ("s47", began(numbered(10, 40), 13, "s13")) << "missed minutes";
+  EXPECT_EQ("s14", began(numbered(10, 40) + "#EXT-X-ENDLIST", 13, "s13"));
+  EXPECT_EQ("", began(numbered(10, 4) + "#EXT-X-ENDLIST", 13, "s13"));
+}
+
+struct Master {
+  const char* media;
+  const char* choice;
+};
+
+TEST(HlsPlaylist, TakesTheSoundBesideAPictureWhereItHasAListOfItsOwn) {
+  const Master cases[] = {
+      {"GROUP-ID=\"a\",URI=\"one\"\n#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"a\",URI=\"two\",DEFAULT=YES",
+       "two"},
+      {"GROUP-ID=\"a\",URI=\"one\"\n#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"a\",DEFAULT=YES", "film"},
+      {"GROUP-ID=\"b\",URI=\"one\"", "film"}};
+  for (const Master& each : cases) {
+    const auto list =
+        engine::parseHls("#EXTM3U\n#EXT-X-MEDIA:TYPE=AUDIO," + std::string(each.media) +
+                         "\n#EXT-X-STREAM-INF:BANDWIDTH=900000,RESOLUTION=640x360,"
+                         "AUDIO=\"a\"\nfilm\n");
+    ASSERT_TRUE(list);
+    EXPECT_EQ(each.choice, list->choice()) << each.media;
+  }
+}
+
 /// A live list of one-second segments, from `first` on.
 std::string liveList(int first, int count) {
   std::string list =
@@ -212,6 +369,28 @@ TEST(Hls, FollowsALiveListFromNearItsEnd) {
   for (int i = 2; i < 7; ++i) {
     EXPECT_EQ(1, std::count(asked.begin(), asked.end(), "/s/" + std::to_string(i) + "?x=/")) << i;
   }
+}
+
+TEST(Hls, RepeatsNothingAfterALostConnection) {
+  const std::vector<int> tones = {440, 550, 660, 770, 880, 990, 1100, 1210};
+  WebServer web;
+  for (size_t i = 0; i < tones.size(); ++i) {
+    web.put("/s/" + std::to_string(i) + "?x=/", encodedSine(tones[i], 0.5, kMp3, "x.mp3"));
+  }
+  web.put("/live/list", liveList(0, 3));
+  Listener listener;
+  Session session;
+  ASSERT_NE(0u, listener.play(web.url("/live/list"))) << BASS_ErrorGetCode();
+  web.put("/live/list", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXT-X-MEDIA-SEQUENCE:3\nx3\nx4\nx5\n");
+  const auto reconnects = [&] {
+    return std::ranges::count(texts(listener.notes(Note::status)), "reconnecting...");
+  };
+  for (int i = 0; reconnects() < 1 && i < 2000; ++i) std::this_thread::sleep_for(10ms);
+  ASSERT_GE(reconnects(), 1);
+  // Without a memory it would be heard from its beginning.
+  web.put("/live/list", liveList(0, 8) + "#EXT-X-ENDLIST\n");
+  ASSERT_TRUE(listener.waitFor(Note::end, 1));
+  EXPECT_EQ(tones, tonesIn(session.listen(3.8), tones, 0.2));
 }
 
 TEST(Hls, EndsAtOnceWhileItWaitsForTheNextSegment) {

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -73,6 +74,29 @@ void WebServer::accept() {
   }
 }
 
+void WebServer::serveRanges() {
+  const std::lock_guard lock(mutex_);
+  ranges_ = true;
+}
+
+std::string WebServer::answerTo(const std::string& request) {
+  const std::string sign = "\r\nRange: bytes=";
+  std::string method, path, range;
+  std::istringstream(request) >> method >> path;
+  if (const size_t at = request.find(sign); at != request.npos) {
+    std::istringstream(request.substr(at + sign.size())) >> range;
+  }
+  const std::lock_guard lock(mutex_);
+  asked_.push_back(range.empty() ? path : path + " " + range);
+  const auto found = answers_.find(path);
+  if (found == answers_.end()) return "HTTP/1.0 404 Not Found\r\n\r\n";
+  size_t from = 0, last = 0;
+  if (!ranges_ || std::sscanf(range.c_str(), "%zu-%zu", &from, &last) != 2) return found->second;
+  const std::string body = found->second.substr(found->second.find("\r\n\r\n") + 4);
+  return "HTTP/1.0 206 Partial Content\r\nContent-Range: bytes " + range + "/" +
+         std::to_string(body.size()) + "\r\n\r\n" + body.substr(from, last + 1 - from);
+}
+
 void WebServer::serve(int client) {
   std::string request;
   char some[1024];
@@ -81,13 +105,7 @@ void WebServer::serve(int client) {
     if (got <= 0) break;
     request.append(some, static_cast<size_t>(got));
   }
-  std::string method, path, answer = "HTTP/1.0 404 Not Found\r\n\r\n";
-  std::istringstream(request) >> method >> path;
-  {
-    const std::lock_guard lock(mutex_);
-    asked_.push_back(path);
-    if (const auto found = answers_.find(path); found != answers_.end()) answer = found->second;
-  }
+  const std::string answer = answerTo(request);
   for (size_t done = 0; done < answer.size();) {
     const ssize_t sent = send(client, answer.data() + done, answer.size() - done, MSG_NOSIGNAL);
     if (sent <= 0) break;

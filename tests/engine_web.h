@@ -23,19 +23,22 @@ class WebServer {
   void put(const std::string& path, const std::string& body, const std::string& type = "");
   /// The answer as it goes over the line, head and all.
   void putRaw(const std::string& path, const std::string& answer);
-  /// Paths asked for so far, in order.
+  /// From now on answers requests for a range with that, and not with all.
+  void serveRanges();
+  /// Paths asked for so far, in order; behind them the range, if any, as "1-2".
   std::vector<std::string> asked() const;
 
  private:
   void accept();
   void serve(int client);
+  std::string answerTo(const std::string& request);
 
   int listener_ = -1, port_ = 0;
   mutable std::mutex mutex_;
   std::map<std::string, std::string> answers_;
   std::vector<std::string> asked_;
   std::vector<int> clients_;
-  bool over_ = false;
+  bool over_ = false, ranges_ = false;
   std::list<std::thread> serving_;
   std::thread accepting_;  // last: it uses the rest
 };

@@ -34,6 +34,11 @@ void checkPlaylists(std::string_view text) {
   require(list->target_seconds <= 3600);
   const std::string choice = list->choice();
   require(choice.empty() == list->variants.empty());
+  for (const engine::HlsSegment& each : list->segments) {
+    const std::string range = each.file.range.header();
+    require(range.empty() || each.file.range.length != 0);
+    engine::titleTagOf(each.title);
+  }
   for (size_t i = 1; i < list->segments.size(); ++i) {
     require(list->segments[i].number != list->segments[i - 1].number);
   }
