@@ -1,8 +1,5 @@
 #include "engine/byte_source.h"
 
-#include "engine/any_case.h"
-#include "engine/chunked_source.h"
-
 namespace engine {
 namespace {
 
@@ -41,10 +38,6 @@ OpenedSource openSource(const Url& url, const Interrupt& interrupt, const Status
     opened.url = next;
     const ResponseHead head = opened.source->head();
     status(headTexts(head));
-    // The system's own way to https has taken chunks apart already.
-    if (!next.secure && startsWithAnyCase(head.value("transfer-encoding"), "chunked")) {
-      opened.source = std::make_unique<ChunkedSource>(std::move(opened.source));
-    }
     if (head.status == 200 || (!range.isAll() && beginsAt(head, range.from))) return opened;
     if (isFinal(head)) return {nullptr, NetError::gone};
     if (!isRedirect(head.status)) break;

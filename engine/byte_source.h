@@ -45,8 +45,7 @@ OpenedSource openSource(const Url& url, const Interrupt& interrupt, const Status
 /// One answer over a plain connection.
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                       const ByteRange& range);
-/// One answer over TLS, from a server whose certificate the system trusts. There is
-/// none natively.
+/// One answer over TLS, from a server whose certificate the system trusts.
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                        const ByteRange& range);
 
