@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "engine/frame_decoder.h"
 #include "engine/frame_headers.h"
 #include "engine/plugin.h"
@@ -10,13 +12,17 @@
 
 namespace {
 
+template <auto kHeader>
 int recognise(const uint8_t* head, int length, kestrel_format* format) {
-  return engine::recogniseFrames({head, static_cast<size_t>(length)}, engine::adtsHeader, format);
+  return engine::recogniseFrames({head, static_cast<size_t>(length)}, kHeader, format);
 }
 
 const kestrel_codec kCodecs[] = {
-    {recognise, engine::openFrames<AV_CODEC_ID_AAC>, engine::decodeFrames, engine::closeFrames}};
-const kestrel_plugin kPlugin = {KESTREL_PLUGIN_VERSION, 1, kCodecs};
+    {recognise<engine::adtsHeader>, engine::openFrames<AV_CODEC_ID_AAC>, engine::decodeFrames,
+     engine::closeFrames},
+    {recognise<engine::loasHeader>, engine::openFrames<AV_CODEC_ID_AAC_LATM>, engine::decodeFrames,
+     engine::closeFrames}};
+const kestrel_plugin kPlugin = {KESTREL_PLUGIN_VERSION, std::size(kCodecs), kCodecs};
 
 }  // namespace
 

@@ -38,7 +38,7 @@ int ContainerDecoder::readInput(uint8_t* to, int room) {
 int ContainerDecoder::decode(kestrel_sound* sound) {
   for (;;) {
     if (context_ && avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
-      if (takeFrame(*frame_, samples_, sound)) return 1;
+      if (takeFrame(*frame_, context_->codec_id, samples_, sound)) return 1;
     } else if (!feedDecoder() && !nextLink()) {
       return 0;
     }

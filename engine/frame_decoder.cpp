@@ -34,7 +34,7 @@ FrameDecoder* FrameDecoder::make(AVCodecID codec, const kestrel_input& input) {
 int FrameDecoder::decode(kestrel_sound* sound) {
   for (;;) {
     if (avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
-      if (takeFrame(*frame_, interleaved_, sound)) return 1;
+      if (takeFrame(*frame_, context_->codec_id, interleaved_, sound)) return 1;
     } else if (!nextPacket()) {
       return 0;
     } else {

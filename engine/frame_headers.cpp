@@ -24,6 +24,26 @@ constexpr uint32_t kLayerTypes[3] = {BASS_CTYPE_STREAM_MP1, BASS_CTYPE_STREAM_MP
 constexpr uint32_t kAdtsRates[13] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
                                      22050, 16000, 12000, 11025, 8000,  7350};
 
+class BitReader {
+ public:
+  explicit BitReader(std::span<const uint8_t> bytes) : bytes_(bytes) {}
+  /// Zeros behind the end.
+  uint32_t take(unsigned bits) {
+    uint32_t value = 0;
+    for (; bits != 0; --bits, ++at_) {
+      const unsigned byte = at_ / 8 < bytes_.size() ? bytes_[at_ / 8] : 0;
+      value = value << 1 | (byte >> (7 - at_ % 8) & 1u);
+    }
+    return value;
+  }
+  /// A number that is told with its own size.
+  uint32_t takeSized() { return take(8 * (take(2) + 1)); }
+
+ private:
+  std::span<const uint8_t> bytes_;
+  size_t at_ = 0;
+};
+
 uint32_t samplesPerFrame(uint32_t layer_index, bool version1) {
   if (layer_index == 0) return 384;
   return layer_index == 2 && !version1 ? 576 : 1152;
@@ -70,19 +90,43 @@ std::optional<FrameHeader> adtsHeader(std::span<const uint8_t> bytes) {
   return header;
 }
 
+std::optional<FrameHeader> loasHeader(std::span<const uint8_t> bytes) {
+  BitReader bits(bytes);
+  if (bytes.size() < 16 || bits.take(11) != 0x2b7) return std::nullopt;
+  FrameHeader header;
+  header.ctype = BASS_CTYPE_STREAM_AAC;
+  header.samples = 1024;
+  header.length = bits.take(13) + 3;
+  if (bits.take(1) != 0) return header;  // set up as the last one
+  const bool version1 = bits.take(1) != 0;
+  if (version1 && bits.take(1) != 0) return std::nullopt;
+  if (version1) bits.takeSized();
+  bits.take(1);
+  header.samples *= bits.take(6) + 1;
+  if (bits.take(7) != 0) return std::nullopt;  // several programs
+  if (version1) bits.takeSized();
+  if (const uint32_t object = bits.take(5); object == 0 || object == 31) return std::nullopt;
+  const uint32_t rate_index = bits.take(4);
+  if (rate_index >= std::size(kAdtsRates)) return std::nullopt;
+  header.rate = kAdtsRates[rate_index];
+  header.channels = bits.take(4);
+  return header;
+}
+
 int recogniseFrames(std::span<const uint8_t> head,
                     std::optional<FrameHeader> (*header)(std::span<const uint8_t>),
                     kestrel_format* format) {
   const size_t start = id3Length(head);
   for (size_t from = start; from < head.size() && from < start + kFarEnough; ++from) {
     const auto first = header(head.subspan(from));
-    if (!first) continue;
+    if (!first || first->rate == 0) continue;
     uint64_t bytes = 0;
     uint32_t frames = 0;
     size_t at = from;
     for (; at < head.size(); ++frames) {
       const auto next = header(head.subspan(at));
-      if (!next || next->ctype != first->ctype || next->rate != first->rate) break;
+      if (!next || next->ctype != first->ctype) break;
+      if (next->rate != 0 && next->rate != first->rate) break;
       at += next->length;
       bytes += next->length;
     }

@@ -24,6 +24,10 @@ std::optional<FrameHeader> mpegAudioHeader(std::span<const uint8_t> bytes);
 /// AAC in ADTS frames (ISO/IEC 13818-7). Needs 6 bytes.
 std::optional<FrameHeader> adtsHeader(std::span<const uint8_t> bytes);
 
+/// AAC in LOAS frames (ISO/IEC 14496-3), as MPEG-TS carries it. Not each of them tells
+/// its rate: 0 stands for the same as before.
+std::optional<FrameHeader> loasHeader(std::span<const uint8_t> bytes);
+
 /// A codec's recogniser for streams of such frames, joined anywhere: some like
 /// frames in a row, after an ID3 tag or the rest of a cut frame.
 int recogniseFrames(std::span<const uint8_t> head,

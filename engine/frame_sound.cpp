@@ -7,6 +7,8 @@ extern "C" {
 
 #include <cstdint>
 
+#include "engine/bass.h"
+
 namespace engine {
 namespace {
 
@@ -34,9 +36,28 @@ void interleave(const AVFrame& frame, int channels, std::vector<float>& samples)
   }
 }
 
+uint32_t typeOf(AVCodecID codec) {
+  switch (codec) {
+    case AV_CODEC_ID_MP1:
+      return BASS_CTYPE_STREAM_MP1;
+    case AV_CODEC_ID_MP2:
+      return BASS_CTYPE_STREAM_MP2;
+    case AV_CODEC_ID_MP3:
+      return BASS_CTYPE_STREAM_MP3;
+    case AV_CODEC_ID_AAC:
+    case AV_CODEC_ID_AAC_LATM:
+      return BASS_CTYPE_STREAM_AAC;
+    case AV_CODEC_ID_FLAC:
+      return BASS_CTYPE_STREAM_FLAC;
+    default:
+      return BASS_CTYPE_STREAM_OGG;
+  }
+}
+
 }  // namespace
 
-bool takeFrame(const AVFrame& frame, std::vector<float>& samples, kestrel_sound* sound) {
+bool takeFrame(const AVFrame& frame, AVCodecID codec, std::vector<float>& samples,
+               kestrel_sound* sound) {
   const int channels = frame.ch_layout.nb_channels;
   const int frames = frame.nb_samples;
   if (channels <= 0 || frames <= 0 || frame.sample_rate <= 0) return false;
@@ -57,7 +78,7 @@ bool takeFrame(const AVFrame& frame, std::vector<float>& samples, kestrel_sound*
     default:
       return false;
   }
-  *sound = {samples.data(), frames, channels, frame.sample_rate};
+  *sound = {samples.data(), frames, channels, frame.sample_rate, typeOf(codec)};
   return true;
 }
 

@@ -1,6 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
 
 #include "engine/plugin.h"
 
@@ -9,7 +14,9 @@ struct AVFrame;
 namespace engine {
 
 /// Brings one of FFmpeg's decoded frames, of whichever sample format, to the form of
-/// kestrel_sound; `samples` holds it. False for a frame that is no sound.
-bool takeFrame(const AVFrame& frame, std::vector<float>& samples, kestrel_sound* sound);
+/// kestrel_sound; `samples` holds it, `codec` is what it was in. False for a frame that is no
+/// sound.
+bool takeFrame(const AVFrame& frame, AVCodecID codec, std::vector<float>& samples,
+               kestrel_sound* sound);
 
 }  // namespace engine

@@ -82,6 +82,7 @@ void Playback::decodeAll() {
   unsigned made_for = 0;
   kestrel_sound sound;
   while (!interrupt_.isSet() && decoding.decode(&sound)) {
+    noteFormat(sound);
     if (!has_device_) openOutput();
     if (!resampler || made_for != output_->rate()) {
       made_for = output_->rate();
@@ -89,6 +90,17 @@ void Playback::decodeAll() {
     }
     emit(resampler->convert(sound));
   }
+}
+
+void Playback::noteFormat(const kestrel_sound& sound) {
+  const Lock lock(mutex_);
+  format_ = {sound.ctype, static_cast<uint32_t>(sound.rate), static_cast<uint32_t>(sound.channels),
+             0};
+}
+
+kestrel_format Playback::format() {
+  const Lock lock(mutex_);
+  return format_;
 }
 
 // Without a device the sound goes nowhere, and the device is looked for every second.

@@ -36,6 +36,8 @@ class Playback {
   void join();
   /// True when join() would not wait.
   bool isOver() const { return over_.load(std::memory_order_acquire); }
+  /// Type, rate and channels of the latest sound; a rate of 0 before the first.
+  kestrel_format format();
   /// Sound that is decoded and queued at the device.
   unsigned pendingMilliseconds() const { return pending_.load(std::memory_order_relaxed); }
 
@@ -44,6 +46,7 @@ class Playback {
   bool waitForPlay();
   void playSound();
   void decodeAll();
+  void noteFormat(const kestrel_sound& sound);
   int feed(uint8_t* to, int room);
   void refillAfterGap();
   void waitForBytes();
@@ -65,6 +68,7 @@ class Playback {
   Codec codec_ GUARDED_BY(mutex_);
   std::vector<Codec> codecs_ GUARDED_BY(mutex_);
   bool cancelled_ GUARDED_BY(mutex_) = false;
+  kestrel_format format_ GUARDED_BY(mutex_) = {};
 
   // The thread's own.
   uint32_t bytes_per_second_ = 0;

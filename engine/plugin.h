@@ -11,7 +11,7 @@ extern "C" {
 #endif
 
 /* Raised with every change of this file. */
-#define KESTREL_PLUGIN_VERSION 2u
+#define KESTREL_PLUGIN_VERSION 3u
 
 /* The stream's bytes, without titles. read blocks until there are some: the
  * number copied (at most `room`), 0 at the end, negative when the stream is being
@@ -37,7 +37,8 @@ typedef struct {
   const float* samples;
   int frames;
   int channels;
-  int rate;
+  int rate;       /* Hz */
+  uint32_t ctype; /* channel type code of bass.h: it may change with the sound */
 } kestrel_sound;
 
 enum { KESTREL_NO = 0, KESTREL_MORE = 1, KESTREL_YES = 2 };

@@ -174,8 +174,10 @@ const char* Stream::tags(BASS_DWORD type) {
   return handed_out_.back().c_str();
 }
 
-BASS_CHANNELINFO Stream::info() const {
-  return {format_.rate, format_.channels, 0, format_.ctype};
+BASS_CHANNELINFO Stream::info() {
+  const kestrel_format heard = playback_.format();
+  const kestrel_format& now = heard.rate != 0 ? heard : format_;
+  return {now.rate, now.channels, 0, now.ctype};
 }
 
 void Stream::TitleSync::tell(const std::string& text) const {

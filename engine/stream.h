@@ -42,7 +42,7 @@ class Stream {
   /// Null without such a tag. The text lives as long as the stream; a title until 32
   /// others have been handed out.
   const char* tags(BASS_DWORD type);
-  BASS_CHANNELINFO info() const;
+  BASS_CHANNELINFO info();
   /// A title that no tags() call has seen yet is told at once, on this thread.
   void setTitleSync(HSYNC handle, HSTREAM channel, SYNCPROC* proc, uintptr_t user);
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "tests/engine_harness.h"
@@ -11,6 +12,14 @@ namespace engine_test {
 namespace {
 
 using Note = Listener::Note;
+
+/// Type, rate and channels.
+using Info = std::array<BASS_DWORD, 3>;
+Info infoOf(HSTREAM stream) {
+  BASS_CHANNELINFO info = {};
+  EXPECT_TRUE(BASS_ChannelGetInfo(stream, &info));
+  return {info.ctype, info.freq, info.chans};
+}
 
 struct Format {
   const char* name;
@@ -33,10 +42,9 @@ TEST_P(Plays, TheSoundWithItsTitle) {
   ASSERT_NE(0u, stream) << BASS_ErrorGetCode();
   session.listen(0.3);
   EXPECT_GT(toneShare(session.listen(1.5), 440), 0.95);
-  BASS_CHANNELINFO info;
-  ASSERT_TRUE(BASS_ChannelGetInfo(stream, &info));
-  EXPECT_EQ(GetParam().type, info.ctype);
-  EXPECT_EQ(GetParam().rate, info.freq);
+  const Info info = infoOf(stream);
+  EXPECT_EQ(GetParam().type, info[0]);
+  EXPECT_EQ(GetParam().rate, info[1]);
   ASSERT_TRUE(listener.waitFor(Note::title, 1));
   EXPECT_EQ("StreamTitle='Band - Song\xcd\xbe live';", listener.notes(Note::title)[0].text);
   EXPECT_STREQ("StreamTitle='Band - Song\xcd\xbe live';",
@@ -82,7 +90,9 @@ TEST(Ogg, ChainPlaysLinkAfterLinkWithATitleEach) {
   web.put("/live", stream, "application/ogg");
   Listener listener;
   Session session;
-  ASSERT_NE(0u, listener.play(web.url("/live")));
+  const HSTREAM channel = listener.play(web.url("/live"));
+  ASSERT_NE(0u, channel);
+  EXPECT_EQ((Info{BASS_CTYPE_STREAM_OGG, 44100, 2}), infoOf(channel));
   const auto sound = session.listen(5.7);
   EXPECT_EQ((std::vector<int>{440, 660, 880, 1100}), tonesIn(sound, {440, 660, 880, 1100}));
   ASSERT_TRUE(listener.waitFor(Note::end, 1));
@@ -90,6 +100,7 @@ TEST(Ogg, ChainPlaysLinkAfterLinkWithATitleEach) {
                                       "StreamTitle='Three';", "StreamTitle='Four';"}),
             texts(listener.notes(Note::title)));
   EXPECT_EQ(stream, listener.bytes());
+  EXPECT_EQ((Info{BASS_CTYPE_STREAM_FLAC, 48000, 1}), infoOf(channel));
 }
 
 TEST(Stream, GoesOnWhenTheServerChangesWhatItSends) {
@@ -109,10 +120,13 @@ TEST(Stream, GoesOnWhenTheServerChangesWhatItSends) {
                        encodedSine(770, 1.2, "-c:a flac -ac 2", "x.flac"));
   Listener listener;
   Session session;
-  ASSERT_NE(0u, listener.play(web.url("/live")));
+  const HSTREAM channel = listener.play(web.url("/live"));
+  ASSERT_NE(0u, channel);
+  EXPECT_EQ((Info{BASS_CTYPE_STREAM_MP3, 44100, 2}), infoOf(channel));
   const auto sound = session.listen(6.5);
   EXPECT_EQ((std::vector<int>{440, 660, 880, 1100, 550, 770}),
             tonesIn(sound, {440, 660, 880, 1100, 550, 770}));
+  EXPECT_EQ((Info{BASS_CTYPE_STREAM_FLAC, 48000, 2}), infoOf(channel));
 }
 
 }  // namespace

@@ -71,6 +71,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Segments{"TransportAac", "", "-c:a aac -ar 44100", BASS_CTYPE_STREAM_AAC},
         Segments{"TransportMp3", "", "-c:a libmp3lame", BASS_CTYPE_STREAM_MP3},
+        Segments{"TransportLatm", "", "-c:a aac -hls_segment_options mpegts_flags=+latm",
+                 BASS_CTYPE_STREAM_AAC},
         Segments{"FragmentedMp4", "", "-c:a aac -hls_segment_type fmp4", BASS_CTYPE_STREAM_AAC},
         Segments{"TransportByteRanges", "", "-c:a libmp3lame -hls_flags single_file",
                  BASS_CTYPE_STREAM_MP3, true},

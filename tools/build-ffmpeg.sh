@@ -28,8 +28,8 @@ configuration=(
   --disable-everything --disable-autodetect --disable-programs --disable-doc --disable-debug
   --disable-network --disable-avdevice --disable-avfilter
   --disable-swscale --disable-postproc --enable-w32threads --enable-swresample
-  --enable-decoder=mp3float,aac,vorbis,opus,flac
-  --enable-parser=mpegaudio,aac,flac
+  --enable-decoder=mp3float,aac,aac_latm,vorbis,opus,flac
+  --enable-parser=mpegaudio,aac,aac_latm,flac
   --enable-demuxer=ogg,flac,mpegts,mov
   # Not -fdata-sections: its zeroed tables would lie in the file.
   --extra-cflags=-ffunction-sections

@@ -90,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   checkTitle(text);
   checkUrl(text);
   kestrel_format format = {};
-  for (const auto header : {engine::mpegAudioHeader, engine::adtsHeader}) {
+  for (const auto header : {engine::mpegAudioHeader, engine::adtsHeader, engine::loasHeader}) {
     if (engine::recogniseFrames({data, size}, header, &format) == KESTREL_YES) {
       require(format.rate != 0 && format.bitrate != 0);
     }
