@@ -1,9 +1,16 @@
 #include "engine/engine.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace engine {
+namespace {
+
+// Each has a thread and a device's queue.
+constexpr size_t kMostFading = 1;
+
+}  // namespace
 
 Engine& instance() {
   // Never destroyed: when a process ends, threads may be gone that a destructor
@@ -66,6 +73,7 @@ int Engine::createStream(const char* url, Listener listener, HSTREAM& handle) {
   }
   const auto stream = std::make_shared<Stream>(*parsed, listener, *outputs_);
   int code = startOpening(stream);
+  limitFading();
   if (code == BASS_OK) code = stream->open(codecs_.all());
   if (code == BASS_OK && prebuffer != 0) stream->prebuffer(prebuffer);
   code = endOpening(stream, code, handle);
@@ -122,7 +130,7 @@ void Engine::releaseLeftOver(Wait wait) {
   Streams free_now;
   {
     const Lock lock(mutex_);
-    const auto kept = std::partition(
+    const auto kept = std::stable_partition(
         left_over_.begin(), left_over_.end(), [wait](const std::shared_ptr<Stream>& stream) {
           return stream->isOwnThread() || (wait == Wait::no && !stream->isOver());
         });
@@ -130,6 +138,18 @@ void Engine::releaseLeftOver(Wait wait) {
     left_over_.erase(kept, left_over_.end());
   }
   for (const auto& stream : free_now) stream->join();
+}
+
+// Fast changes of the station: no more than the last one's sound fades while the next
+// one opens.
+void Engine::limitFading() {
+  Streams fading;
+  {
+    const Lock lock(mutex_);
+    std::copy_if(left_over_.begin(), left_over_.end(), std::back_inserter(fading),
+                 [](const std::shared_ptr<Stream>& stream) { return !stream->isOver(); });
+  }
+  for (size_t i = 0; i + kMostFading < fading.size(); ++i) fading[i]->waitForSilence();
 }
 
 int Engine::stopStream(HSTREAM handle) {

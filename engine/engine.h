@@ -39,6 +39,7 @@ class Engine {
   void release(std::shared_ptr<Stream> stream);
   enum class Wait { no, yes };
   void releaseLeftOver(Wait wait);
+  void limitFading();
   int startOpening(const std::shared_ptr<Stream>& stream);
   int endOpening(const std::shared_ptr<Stream>& stream, int code, HSTREAM& handle);
 

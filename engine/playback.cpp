@@ -10,9 +10,6 @@ namespace engine {
 namespace {
 
 constexpr auto kDeviceRetry = std::chrono::milliseconds(1000);
-// After a gap this much is gathered first, doubled with every further gap.
-constexpr unsigned kFirstCushion = 500;
-constexpr unsigned kLargestCushion = 4000;
 // So long before the device falls silent its last sound is handed over.
 constexpr std::chrono::milliseconds kFadeTime(40);
 // Of what is kept back, so much sounds after a stop.
@@ -68,7 +65,6 @@ void Playback::playSound() {
 }
 
 void Playback::decodeAll() {
-  cushion_milliseconds_ = kFirstCushion;
   Codec codec;
   std::vector<Codec> all;
   {
@@ -167,9 +163,8 @@ void Playback::waitForBytes() {
 
 void Playback::refillAfterGap() {
   pending_.store(0, std::memory_order_relaxed);
-  buffer_.waitFilled(
-      static_cast<size_t>(uint64_t{bytes_per_second_} * cushion_milliseconds_ / 1000));
-  cushion_milliseconds_ = std::min(cushion_milliseconds_ * 2, kLargestCushion);
+  const auto cushion = static_cast<uint64_t>(cushion_.afterGap(Clock::now()).count());
+  buffer_.waitFilled(static_cast<size_t>(bytes_per_second_ * cushion / 1000));
 }
 
 // Lets the end of a finished stream sound; one that is stopped ends at once, but

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "engine/codecs.h"
+#include "engine/cushion.h"
 #include "engine/download_buffer.h"
 #include "engine/gain.h"
 #include "engine/output.h"
@@ -72,7 +73,7 @@ class Playback {
 
   // The thread's own.
   uint32_t bytes_per_second_ = 0;
-  unsigned cushion_milliseconds_ = 0;
+  Cushion cushion_;
   Gain gain_;
   std::unique_ptr<Output> output_;  ///< there once sound is
   bool has_device_ = false;

@@ -31,7 +31,9 @@ class Stream {
   void close();
   /// True when nothing of this stream runs any more after close().
   bool isOver() const { return playback_.isOver(); }
-  /// close(), and waits for that.
+  /// After stop(): waits for the end of the sound.
+  void waitForSilence() { playback_.join(); }
+  /// close(), and waits for all of it.
   void join();
   /// True in one of this stream's callbacks.
   bool isOwnThread() const { return downloader_.isOwnThread() || delivery_.isOwnThread(); }

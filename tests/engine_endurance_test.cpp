@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -129,6 +130,24 @@ TEST(Endurance, ALongTimeOfListeningTakesNoMoreMemoryThanAShortOne) {
   if (kMemoryIsOurs) {
     EXPECT_LE(after - before, 512);
   }
+}
+
+TEST(Endurance, FastChangesOfTheStationDoNotPileUp) {
+  DemoRadio radio;
+  Session session;
+  const std::string url = radio.stream(radio.station("mp3", 44100));
+  const size_t before = entriesOf("/proc/self/task");
+  size_t most = 0;
+  for (int change = 0; change < 10; ++change) {
+    Listener listener;
+    const HSTREAM stream = listener.play(url);
+    ASSERT_NE(0u, stream);
+    most = std::max(most, entriesOf("/proc/self/task"));
+    session.listen(0.01);
+    EXPECT_TRUE(BASS_StreamFree(stream));
+  }
+  // The present one's three, and the last one's fading sound.
+  EXPECT_LE(most, before + 4);
 }
 
 TEST(Endurance, ChangesOfTheStationLeaveNothingBehind) {

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "engine/bass.h"
+#include "engine/cushion.h"
 #include "engine/download_buffer.h"
 #include "engine/frame_headers.h"
 #include "engine/icy.h"
@@ -10,6 +11,29 @@
 
 namespace engine {
 namespace {
+
+using namespace std::chrono_literals;
+
+TEST(Cushion, GrowsWithEachGapAndShrinksWithout) {
+  struct Gap {
+    std::chrono::minutes after;
+    int length;
+  };
+  engine::Cushion cushion;
+  engine::Cushion::Time now{1h};
+  for (const Gap& gap : {Gap{0min, 500},
+                         {1min, 1000},
+                         {0min, 2000},
+                         {2min, 4000},
+                         {1min, 4000},
+                         {3min, 2000},
+                         {7min, 1000},
+                         {60min, 500},
+                         {1min, 1000}}) {
+    now += gap.after;
+    EXPECT_EQ(gap.length, cushion.afterGap(now).count());
+  }
+}
 
 TEST(ResponseHead, ReadsWhatServersSend) {
   struct Case {
