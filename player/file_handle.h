@@ -18,7 +18,8 @@ class FileHandle {
 
   [[nodiscard]] bool isOpen() const { return handle_ != kInvalid; }
 
-  /// Creates the file, or empties the one of that path (see app/files.h).
+  /// Creates the file, or empties the one of that path (see app/files.h). Refuses a
+  /// symbolic link, and whatever else is no plain file.
   [[nodiscard]] bool create(const std::string& path);
   [[nodiscard]] bool write(std::span<const std::byte> bytes);
   [[nodiscard]] bool flush();

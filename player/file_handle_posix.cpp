@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +19,11 @@ bool FileHandle::create(const std::string& path) {
   close();
   std::string native_path = path;
   std::replace(native_path.begin(), native_path.end(), '\\', '/');
-  handle_ = ::open(native_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  // Without O_NONBLOCK, a pipe would be waited for.
+  handle_ = ::open(native_path.c_str(),
+                   O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  struct stat status = {};
+  if (isOpen() && (fstat(native(handle_), &status) != 0 || !S_ISREG(status.st_mode))) close();
   return isOpen();
 }
 

@@ -11,13 +11,25 @@ HANDLE native(std::intptr_t handle) {
   return reinterpret_cast<HANDLE>(handle);
 }
 
+// Not so the other reparse points: a file that a cloud keeps is a plain file to its user.
+bool isLink(const std::wstring& path) {
+  WIN32_FIND_DATAW found;
+  const HANDLE search = FindFirstFileW(path.c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return false;
+  FindClose(search);
+  return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+         IsReparseTagNameSurrogate(found.dwReserved0);
+}
+
 }  // namespace
 
 bool FileHandle::create(const std::string& path) {
   close();
-  handle_ = reinterpret_cast<std::intptr_t>(CreateFileW(window::toWide(path).c_str(), GENERIC_WRITE,
-                                                        0, nullptr, CREATE_ALWAYS,
-                                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+  const std::wstring wide = window::toWide(path);
+  if (isLink(wide)) return false;
+  handle_ = reinterpret_cast<std::intptr_t>(CreateFileW(
+      wide.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (isOpen() && GetFileType(native(handle_)) != FILE_TYPE_DISK) close();
   return isOpen();
 }
 

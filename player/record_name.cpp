@@ -10,13 +10,10 @@ namespace {
 
 constexpr std::string_view kForbidden = ":/\\?*|<>\"";
 constexpr std::string_view kExtension = ".mp3";
-constexpr std::size_t kMaxPath = 259;   // Windows' MAX_PATH without the end mark
-constexpr std::size_t kMaxTitle = 180;  // enough for any, short enough to read
-constexpr std::size_t kMinTitle = 16;
 
+// Windows takes none of these in a name.
 bool isControl(char c) {
-  const auto code = static_cast<unsigned char>(c);
-  return code < 0x20 || code == 0x7f;
+  return static_cast<unsigned char>(c) < 0x20;
 }
 
 /// Windows opens a device for these, whatever extension follows.
@@ -33,18 +30,6 @@ bool isDeviceName(std::string_view name) {
          number == "\xb9" || number == "\xb2" || number == "\xb3";
 }
 
-/// The first `limit` bytes, less the beginning of a character cut in two.
-std::string_view cut(std::string_view text, std::size_t limit) {
-  if (text.size() <= limit) return text;
-  const auto continues = [&](std::size_t at) {
-    return (static_cast<unsigned char>(text[at]) & 0xc0) == 0x80;
-  };
-  std::size_t end = limit;
-  // A character has at most three continuation bytes; more of them is not UTF-8.
-  while (end > 0 && limit - end < 4 && continues(end)) --end;
-  return text.substr(0, continues(end) ? limit : end);
-}
-
 }  // namespace
 
 std::string CleanFileName(std::string_view text) {
@@ -55,15 +40,14 @@ std::string CleanFileName(std::string_view text) {
 }
 
 std::string recordPath(std::string_view folder, std::string_view title) {
-  std::string name = CleanFileName(title);
-  std::erase_if(name, isControl);
-  if (app::trimBlanks(name).empty()) return {};
-  if (isDeviceName(name)) name.insert(name.begin(), '_');
-  const std::size_t taken = folder.size() + 1 + kExtension.size();
-  const std::size_t room = kMaxPath > taken ? kMaxPath - taken : 0;
+  const std::string name = CleanFileName(title);
+  if (app::trimBlanks(name).empty() || isDeviceName(name) ||
+      std::any_of(name.begin(), name.end(), isControl)) {
+    return {};
+  }
   std::string path(folder);
   path += '\\';
-  path += cut(name, std::clamp(room, kMinTitle, kMaxTitle));
+  path += name;
   path += kExtension;
   return path;
 }
