@@ -10,13 +10,13 @@ namespace engine {
 uint32_t Codecs::load(const std::string& file, PluginLibrary::Failure& failed) {
   auto library = PluginLibrary::load(file, failed);
   if (!library) return 0;
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   loaded_.push_back({++last_handle_, std::move(library)});
   return last_handle_;
 }
 
 bool Codecs::free(uint32_t handle) {
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   const size_t gone = std::erase_if(
       loaded_, [&](const Loaded& each) { return handle == 0 || each.handle == handle; });
   return handle == 0 || gone != 0;
@@ -25,7 +25,7 @@ bool Codecs::free(uint32_t handle) {
 std::vector<Codec> Codecs::all() {
   // Containers first: they begin with a sign of their own, bare frames anywhere.
   std::vector<Codec> codecs{{&kOggAudio, nullptr}, {&kFlacAudio, nullptr}, {&kMpegAudio, nullptr}};
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   for (const Loaded& each : loaded_) {
     const kestrel_plugin& plugin = each.library->plugin();
     for (uint32_t i = 0; i < plugin.count; ++i) codecs.push_back({&plugin.codecs[i], each.library});

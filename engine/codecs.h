@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/mutex.h"
 #include "engine/plugin.h"
+#include "threads/mutex.h"
 
 namespace engine {
 
@@ -50,7 +50,7 @@ class Codecs {
     uint32_t handle;
     std::shared_ptr<PluginLibrary> library;
   };
-  Mutex mutex_;
+  threads::Mutex mutex_;
   uint32_t last_handle_ GUARDED_BY(mutex_) = 0;
   std::vector<Loaded> loaded_ GUARDED_BY(mutex_);
 };

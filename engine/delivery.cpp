@@ -22,7 +22,7 @@ Delivery::~Delivery() {
 }
 
 void Delivery::join() {
-  const Lock lock(join_mutex_);
+  const threads::Lock lock(join_mutex_);
   if (thread_.joinable()) thread_.join();
 }
 
@@ -32,7 +32,7 @@ void Delivery::tellStatus(const std::string& text) {
 
 void Delivery::tell(const void* bytes, size_t length) {
   if (listener_.proc == nullptr) return;
-  const Lock lock(callback_mutex_);
+  const threads::Lock lock(callback_mutex_);
   if (interrupt_.isSet()) return;
   listener_.proc(bytes, static_cast<BASS_DWORD>(length), listener_.user);
 }

@@ -50,9 +50,9 @@ class Delivery {
   DownloadBuffer& buffer_;
   const TitleSink title_;
 
-  Mutex callback_mutex_;  ///< one callback at a time
+  threads::Mutex callback_mutex_;  ///< one callback at a time
   std::atomic<std::thread::id> id_;
-  Mutex join_mutex_;
+  threads::Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest
 };
 

@@ -20,7 +20,7 @@ Downloader::Downloader(Url url, const Interrupt& interrupt, DownloadBuffer& buff
     : url_(std::move(url)), interrupt_(interrupt), buffer_(buffer), status_(std::move(status)) {}
 
 void Downloader::start() {
-  const Lock lock(join_mutex_);
+  const threads::Lock lock(join_mutex_);
   thread_ = std::thread([this] { run(); });
 }
 
@@ -29,18 +29,18 @@ Downloader::~Downloader() {
 }
 
 void Downloader::join() {
-  const Lock lock(join_mutex_);
+  const threads::Lock lock(join_mutex_);
   if (thread_.joinable()) thread_.join();
 }
 
 NetError Downloader::waitForAnswer() {
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   while (!answered_) changed_.wait(mutex_);
   return error_;
 }
 
 void Downloader::accept(std::function<unsigned()> cushion) {
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   cushion_ = std::move(cushion);
   // What is all here stays finished.
   if (waiting_) buffer_.resume();
@@ -48,14 +48,14 @@ void Downloader::accept(std::function<unsigned()> cushion) {
 }
 
 void Downloader::cancel() {
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   cancelled_ = true;
   changed_.notifyAll();
 }
 
 // Whoever recognises the format is not kept waiting for more meanwhile.
 bool Downloader::isAccepted() {
-  const Lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   waiting_ = !cushion_;
   if (waiting_) buffer_.finish();
   while (!cushion_ && !cancelled_) changed_.wait(mutex_);
@@ -68,7 +68,7 @@ void Downloader::run() {
   const NetError error = connection.open();
   if (error == NetError::none) head_ = connection.head();
   {
-    const Lock lock(mutex_);
+    const threads::Lock lock(mutex_);
     answered_ = true;
     error_ = error;
     changed_.notifyAll();
@@ -112,7 +112,7 @@ void Downloader::download(Connection& connection) {
 void Downloader::nap() {
   std::function<unsigned()> cushion;
   {
-    const Lock lock(mutex_);
+    const threads::Lock lock(mutex_);
     cushion = cushion_;
   }
   const unsigned milliseconds = cushion ? cushion() : 0;

@@ -64,8 +64,8 @@ class Playback {
   std::atomic<unsigned> pending_{0};
   std::atomic<bool> over_{false};
 
-  Mutex mutex_;
-  Condition changed_;
+  threads::Mutex mutex_;
+  threads::Condition changed_;
   Codec codec_ GUARDED_BY(mutex_);
   std::vector<Codec> codecs_ GUARDED_BY(mutex_);
   bool cancelled_ GUARDED_BY(mutex_) = false;
@@ -81,7 +81,7 @@ class Playback {
   /// The latest piece of sound, kept back so that it can be faded if it is the last.
   std::vector<float> held_;
 
-  Mutex join_mutex_;
+  threads::Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest
 };
 

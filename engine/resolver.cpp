@@ -2,8 +2,8 @@
 #include <cstring>
 #include <thread>
 
-#include "engine/mutex.h"
 #include "engine/socket_system.h"
+#include "threads/mutex.h"
 
 namespace engine {
 namespace {
@@ -13,7 +13,7 @@ struct Lookup {
   std::string host;
   std::string port;
   Interrupt done;
-  Mutex mutex;
+  threads::Mutex mutex;
   int result GUARDED_BY(mutex) = EAI_AGAIN;
   std::vector<Address> addresses GUARDED_BY(mutex);
 };
@@ -41,7 +41,7 @@ void runLookup(const std::shared_ptr<Lookup>& lookup) {
   std::vector<Address> addresses;
   const int result = lookUp(lookup->host, lookup->port, 0, addresses);
   {
-    const Lock lock(lookup->mutex);
+    const threads::Lock lock(lookup->mutex);
     lookup->result = result;
     lookup->addresses = std::move(addresses);
   }
@@ -67,7 +67,7 @@ NetError resolveHost(const std::string& host, uint16_t port, const Interrupt& in
     pinModule();
     return late ? NetError::timeout : NetError::interrupted;
   }
-  const Lock lock(lookup->mutex);
+  const threads::Lock lock(lookup->mutex);
   addresses = lookup->addresses;
   return lookup->result == 0 && !addresses.empty() ? NetError::none : NetError::name;
 }

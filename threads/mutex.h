@@ -7,31 +7,31 @@
 // Locks that clang's thread safety analysis understands; with other compilers the
 // annotations vanish.
 #if defined(__clang__)
-#define ENGINE_ANNOTATE(x) __attribute__((x))
+#define THREADS_ANNOTATE(x) __attribute__((x))
 #else
-#define ENGINE_ANNOTATE(x)
+#define THREADS_ANNOTATE(x)
 #endif
-#define GUARDED_BY(m) ENGINE_ANNOTATE(guarded_by(m))
-#define REQUIRES(m) ENGINE_ANNOTATE(requires_capability(m))
+#define GUARDED_BY(m) THREADS_ANNOTATE(guarded_by(m))
+#define REQUIRES(m) THREADS_ANNOTATE(requires_capability(m))
 
-namespace engine {
+namespace threads {
 
-class ENGINE_ANNOTATE(capability("mutex")) Mutex {
+class THREADS_ANNOTATE(capability("mutex")) Mutex {
  public:
-  void lock() ENGINE_ANNOTATE(acquire_capability()) { mutex_.lock(); }
-  void unlock() ENGINE_ANNOTATE(release_capability()) { mutex_.unlock(); }
+  void lock() THREADS_ANNOTATE(acquire_capability()) { mutex_.lock(); }
+  void unlock() THREADS_ANNOTATE(release_capability()) { mutex_.unlock(); }
 
  private:
   friend class Condition;
   std::mutex mutex_;
 };
 
-class ENGINE_ANNOTATE(scoped_lockable) Lock {
+class THREADS_ANNOTATE(scoped_lockable) Lock {
  public:
-  explicit Lock(Mutex& mutex) ENGINE_ANNOTATE(acquire_capability(mutex)) : mutex_(mutex) {
+  explicit Lock(Mutex& mutex) THREADS_ANNOTATE(acquire_capability(mutex)) : mutex_(mutex) {
     mutex_.lock();
   }
-  ~Lock() ENGINE_ANNOTATE(release_capability()) { mutex_.unlock(); }
+  ~Lock() THREADS_ANNOTATE(release_capability()) { mutex_.unlock(); }
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
 
@@ -66,4 +66,4 @@ class Condition {
   std::condition_variable condition_;
 };
 
-}  // namespace engine
+}  // namespace threads
