@@ -8,6 +8,7 @@ import functools
 import http.server
 import os
 import re
+import signal
 import socket
 import ssl
 import subprocess
@@ -20,6 +21,7 @@ import unittest
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "desktop")]
 
+import own_network  # noqa: E402
 import processes  # noqa: E402
 from demo_radio import DemoRadio  # noqa: E402
 from sound import Speakers, level, loudness  # noqa: E402
@@ -140,6 +142,7 @@ class Libraries(unittest.TestCase):
 class Sound(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
+        cls.has_own_network = own_network.enter()
         folder = tempfile.TemporaryDirectory(prefix="kestrel-engine-")
         cls.addClassCleanup(folder.cleanup)
         cls.radio = DemoRadio(os.path.join(RADIO, "demo_radio"), os.path.join(RADIO, "sounds"))
@@ -228,6 +231,48 @@ class Sound(unittest.TestCase):
         process.stdout.close()
         self.assertGreater(loudness(sound), 0.01)
         self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
+
+    def start_radio(self, *options):
+        radio = DemoRadio(os.path.join(RADIO, "demo_radio"), os.path.join(RADIO, "sounds"), *options)
+        self.addCleanup(radio.stop)
+        return radio
+
+    def test_tries_again_when_the_network_changes(self):
+        if not self.has_own_network:
+            self.skipTest("only root may have a network of its own")
+        radio = self.start_radio()
+        process = self.probe("/stream/" + self.station("mp3").mount, 60, radio.url)
+        self.read_until(process, "type")
+        radio.stop()
+        with socket.create_server(("127.0.0.1", radio.port)) as server:
+            server.settimeout(20)
+            for _ in range(4):  # half a second later, then one, two and four seconds
+                server.accept()[0].close()
+            server.settimeout(4)  # and not only in eight
+            own_network.add_address("10.9.9.9")
+            server.accept()[0].close()
+        processes.end(process)
+        process.stdout.close()
+
+    def test_goes_on_after_a_sleep_that_cost_it_its_connection(self):
+        no_burst = ("--burst", "0")
+        radio = self.start_radio(*no_burst)
+        station = self.station("mp3")
+        process = self.probe("/stream/" + station.mount, 60, radio.url)
+        self.read_until(process, "type")
+        self.assertGreater(loudness(self.speakers.listen(2)), 0.01)
+        self.prefix.signal(signal.SIGSTOP)
+        try:
+            radio.stop()
+            time.sleep(12)
+            self.assertLess(loudness(self.speakers.listen(1)), 0.01)
+            self.start_radio(*no_burst, "--port", str(radio.port))
+        finally:
+            self.prefix.signal(signal.SIGCONT)
+        processes.wait_for(lambda: level(self.speakers.listen(1), station.tone) > 0.01, "its tone", 20)
+        self.assertGreater(loudness(self.speakers.listen(4)), 0.01)
+        processes.end(process)
+        process.stdout.close()
 
     def test_changes_the_station_without_keeping_handles(self):
         process = self.probe("/stream/" + self.station("mp3").mount, 0.02, rounds=30, pause=300)

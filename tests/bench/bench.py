@@ -172,8 +172,8 @@ class Bench:
 
     def load(self):
         """Processor seconds a minute of everything in the prefix."""
-        from system import processes_of, processor_seconds
-        pids = processes_of(self.desktop.prefix)
+        from system import processor_seconds
+        pids = list(self.desktop.prefix.processes())
         before, begin = processor_seconds(pids), time.monotonic()
         time.sleep(self.options.seconds)
         return (processor_seconds(pids) - before) / (time.monotonic() - begin) * 60

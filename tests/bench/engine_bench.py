@@ -19,7 +19,7 @@ sys.path[:0] = [FOLDER, os.path.join(FOLDER, "../desktop"), os.path.join(FOLDER,
 import processes  # noqa: E402
 from demo_radio import DemoRadio  # noqa: E402
 from sound import Speakers  # noqa: E402
-from system import Ear, private_memory, process_named, processes_of, processor_seconds  # noqa: E402
+from system import Ear, private_memory, process_named, processor_seconds  # noqa: E402
 from wine import Prefix  # noqa: E402
 
 
@@ -89,7 +89,7 @@ class Bench:
             print(f"after {when} changes: {handles} handles, {memory / 1e6:.2f} MB, {running} threads", flush=True)
 
     def load(self):
-        pids = processes_of(self.prefix)
+        pids = list(self.prefix.processes())
         before, begin = processor_seconds(pids), time.monotonic()
         time.sleep(self.options.seconds)
         return (processor_seconds(pids) - before) / (time.monotonic() - begin) * 60

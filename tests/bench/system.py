@@ -12,24 +12,9 @@ TICK = os.sysconf("SC_CLK_TCK")
 RATE = 44100
 
 
-def processes_of(prefix):
-    """Linux ids of all programs of a Wine prefix, its server among them."""
-    mark = f"WINEPREFIX={prefix.folder}".encode()
-    found = []
-    for entry in os.listdir("/proc"):
-        if entry.isdigit():
-            try:
-                with open(f"/proc/{entry}/environ", "rb") as file:
-                    if mark in file.read().split(b"\0"):
-                        found.append(int(entry))
-            except OSError:
-                pass
-    return found
-
-
 def process_named(prefix, program):
     """The Linux id of the prefix's process whose command begins with this program."""
-    for pid in processes_of(prefix):
+    for pid in prefix.processes():
         with open(f"/proc/{pid}/cmdline", "rb") as file:
             command = file.read().split(b"\0")[0].strip(b'"').replace(b"/", b"\\")
         if command.rsplit(b"\\", 1)[-1].lower() == program.lower().encode():

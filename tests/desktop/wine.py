@@ -44,19 +44,27 @@ class Prefix:
         subprocess.run(command(self._server_program(), "-k"), env=self.environment, timeout=30,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
         processes.end(self.server)
-        self._sweep()
+        self.signal(signal.SIGKILL)
 
-    def _sweep(self):
-        """Ends what is left of the prefix's programs."""
+    def processes(self):
+        """Linux ids of all its programs, its server among them."""
         mark = b"WINEPREFIX=" + os.fsencode(self.folder)
         for pid in filter(str.isdigit, os.listdir("/proc")):
             try:
                 with open(f"/proc/{pid}/environ", "rb") as file:
                     ours = mark in file.read().split(b"\0")
-                if ours and int(pid) != os.getpid():
-                    os.kill(int(pid), signal.SIGKILL)
             except OSError:
-                pass
+                continue
+            if ours and int(pid) != os.getpid():
+                yield int(pid)
+
+    def signal(self, number):
+        """To all its programs, none of which can catch it."""
+        for pid in self.processes():
+            try:
+                os.kill(pid, number)
+            except OSError:
+                pass  # it has just ended
 
     # --- making it
 
