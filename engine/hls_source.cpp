@@ -72,7 +72,6 @@ std::string timedTitle(std::span<const uint8_t> bytes) {
 HlsSource::HlsSource(HlsPlaylist list, Url url, const ResponseHead& head,
                      const Interrupt& interrupt, HlsPlace& place)
     : head_(stationHead(head)),
-      interrupt_(interrupt),
       list_(std::move(list), std::move(url), interrupt, place),
       reader_(interrupt),
       packet_(av_packet_alloc()) {

@@ -49,7 +49,6 @@ class HlsSource final : public ByteSource {
   Kind kindOfFront() const;
 
   const ResponseHead head_;
-  const Interrupt& interrupt_;
   HlsList list_;
   HlsSegmentReader reader_;
 
