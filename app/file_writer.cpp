@@ -1,7 +1,7 @@
 #include "app/file_writer.h"
 
 #include <chrono>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "app/files.h"
@@ -9,71 +9,99 @@
 namespace app {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 // Longer than the next page of a reload takes.
 constexpr std::chrono::seconds kIdle{2};
 // What is asked for within this time belongs together: a disk that is busy would only
 // hold up what follows.
 constexpr std::chrono::milliseconds kPause{50};
+// Without memory to write, others may give some back meanwhile.
+constexpr std::chrono::milliseconds kRetry{200};
+constexpr int kMostTries = 10;
 
-void write(const std::string& path, const std::string& contents) {
-  (void)replaceFile(path, contents, Keep::through_kill);
+// False: there was no memory for it.
+bool write(const std::string& path, const std::string& contents) noexcept {
+  try {
+    (void)replaceFile(path, contents, Keep::through_kill);
+    return true;
+  } catch (...) {
+    return false;
+  }
 }
 
 }  // namespace
 
 FileWriter::~FileWriter() {
   {
-    const std::lock_guard lock(mutex_);
+    const threads::Lock lock(mutex_);
     ending_ = hurry_ = true;
-    changed_.notify_all();
+    changed_.notifyAll();
   }
   if (thread_.joinable()) thread_.join();
 }
 
 void FileWriter::replace(std::string path, std::string contents) {
-  const std::lock_guard lock(mutex_);
-  jobs_.push_back({std::move(path), std::move(contents)});
-  changed_.notify_all();
+  Job job{std::move(path), std::move(contents)};
+  const threads::Lock lock(mutex_);
+  jobs_.push_back(std::move(job));
+  changed_.notifyAll();
   if (std::exchange(has_thread_, true)) return;
   if (thread_.joinable()) thread_.join();
   try {
     thread_ = std::thread([this] { run(); });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {  // no thread to be had, or no memory for it
     has_thread_ = false;
-    write(jobs_.front().path, jobs_.front().contents);
-    jobs_.pop_front();
+    writeAll();
   }
 }
 
 void FileWriter::finish() {
-  std::unique_lock lock(mutex_);
+  const threads::Lock lock(mutex_);
   hurry_ = true;
-  changed_.notify_all();
-  changed_.wait(lock, [this] { return jobs_.empty(); });
+  changed_.notifyAll();
+  while (!jobs_.empty()) changed_.wait(mutex_);
   hurry_ = false;
 }
 
-void FileWriter::waitForPause(std::unique_lock<std::mutex>& lock) {
-  std::size_t known = 0;
-  while (!hurry_ && known != jobs_.size()) {
+// False after a while without any.
+bool FileWriter::waitForJobs() {
+  const auto deadline = Clock::now() + kIdle;
+  while (!ending_ && jobs_.empty() && changed_.waitUntil(mutex_, deadline)) continue;
+  return !jobs_.empty();
+}
+
+void FileWriter::waitForPause() {
+  for (std::size_t known = 0; !hurry_ && known != jobs_.size();) {
     known = jobs_.size();
-    changed_.wait_for(lock, kPause, [&] { return hurry_ || known != jobs_.size(); });
+    const auto deadline = Clock::now() + kPause;
+    while (!hurry_ && known == jobs_.size() && changed_.waitUntil(mutex_, deadline)) continue;
   }
 }
 
+void FileWriter::writeFirst() {
+  const Job& job = jobs_.front();  // stays where it is while others are added behind it
+  for (int tries = 1;; ++tries) {
+    mutex_.unlock();
+    const bool done = write(job.path, job.contents);
+    mutex_.lock();
+    if (done || tries == kMostTries) break;
+    const auto deadline = Clock::now() + kRetry;
+    while (changed_.waitUntil(mutex_, deadline)) continue;
+  }
+  jobs_.pop_front();
+}
+
+void FileWriter::writeAll() {
+  for (std::size_t left = jobs_.size(); left > 0; --left) writeFirst();
+  changed_.notifyAll();
+}
+
 void FileWriter::run() {
-  std::unique_lock lock(mutex_);
-  while (changed_.wait_for(lock, kIdle, [this] { return ending_ || !jobs_.empty(); }) &&
-         !jobs_.empty()) {
-    waitForPause(lock);
-    for (std::size_t left = jobs_.size(); left > 0; --left) {
-      const Job& job = jobs_.front();  // stays where it is while others are added behind it
-      lock.unlock();
-      write(job.path, job.contents);
-      lock.lock();
-      jobs_.pop_front();
-    }
-    changed_.notify_all();
+  const threads::Lock lock(mutex_);
+  while (waitForJobs()) {
+    waitForPause();
+    writeAll();
   }
   has_thread_ = false;
 }

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <thread>
+
+#include "threads/mutex.h"
 
 namespace app {
 
 /// Replaces files whole without making its owner wait for the disk: in order, as soon
 /// as there is a pause, on a thread that lives only while there is something to write.
 /// For files that can be fetched again: what cannot be written leaves the old file, and
-/// nobody is told.
+/// nobody is told. Where there is no memory to write, it is tried again for a while.
 class FileWriter {
  public:
   FileWriter() = default;
@@ -31,15 +31,18 @@ class FileWriter {
     std::string contents;
   };
   void run();
-  void waitForPause(std::unique_lock<std::mutex>& lock);
+  bool waitForJobs() REQUIRES(mutex_);
+  void waitForPause() REQUIRES(mutex_);
+  void writeFirst() REQUIRES(mutex_);
+  void writeAll() REQUIRES(mutex_);
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Job> jobs_;     // guarded by mutex_; the first stays while it is written
-  bool hurry_ = false;       // guarded by mutex_; somebody waits for it
-  bool ending_ = false;      // guarded by mutex_
-  bool has_thread_ = false;  // guarded by mutex_; false when it is about to end
-  std::thread thread_;       // the owner's
+  threads::Mutex mutex_;
+  threads::Condition changed_;
+  std::deque<Job> jobs_ GUARDED_BY(mutex_);  ///< the first stays while it is written
+  bool hurry_ GUARDED_BY(mutex_) = false;    ///< somebody waits for it
+  bool ending_ GUARDED_BY(mutex_) = false;
+  bool has_thread_ GUARDED_BY(mutex_) = false;  ///< false when it is about to end
+  std::thread thread_;                          // the owner's
 };
 
 }  // namespace app

@@ -69,7 +69,7 @@ void Playback::startplayer(int index) {
   addresses_ = parts_.streamlist;
   msgplayerstatus_ = parts_.messages.msgplayerstatus;
   {
-    std::lock_guard lock(mutex_);
+    const threads::Lock lock(mutex_);
     stopped_ = false;
     playerthread_ = true;
     active_ = true;
@@ -133,7 +133,7 @@ void Playback::PlayStreamThread(int entry) {
   } catch (const std::exception&) {  // no memory: nothing plays
     show(&PlayerView::lblSong, "not playing");
   }
-  std::lock_guard lock(mutex_);
+  const threads::Lock lock(mutex_);
   playerthread_ = false;
   if (ended_) showEnd();
 }
@@ -143,7 +143,7 @@ bool Playback::openStream(int entry) {
   show(&PlayerView::lblBPS, "");
   freeStream();
   {
-    std::lock_guard lock(mutex_);
+    const threads::Lock lock(mutex_);
     ended_ = false;
     bitrate_.clear();
   }
@@ -156,7 +156,7 @@ bool Playback::openStream(int entry) {
   const HSTREAM opened =
       parts_.library.StreamCreateURL(address.c_str(), 0, BASS_STREAM_STATUS, DownloadProc, 0);
   if (opened != 0) {
-    std::lock_guard lock(mutex_);
+    const threads::Lock lock(mutex_);
     hStream_ = opened;
   }
   if (stopped()) {
@@ -207,7 +207,7 @@ void Playback::readHeaders() {
     } else if (text.starts_with(kBitrate)) {
       const std::string bitrate = "bitrate: " + std::string(text.substr(kBitrate.size()));
       show(&PlayerView::lblBPS, bitrate);
-      std::lock_guard lock(mutex_);
+      const threads::Lock lock(mutex_);
       bitrate_ = bitrate;
     }
   }
@@ -279,15 +279,13 @@ void Playback::serverText(const std::string& text) {
   }
   show(&PlayerView::lblBPS, text);
   // A lost connection is there again: nothing more to tell of it.
-  std::unique_lock lock(mutex_);
-  const std::string bitrate = isGoodAnswer(text) ? bitrate_ : "";
-  lock.unlock();
+  const std::string bitrate = isGoodAnswer(text) ? shownBitrate() : "";
   if (!bitrate.empty()) show(&PlayerView::lblBPS, bitrate);
 }
 
 void Playback::ended() {
   parts_.recorder.downloadEnded();
-  std::lock_guard lock(mutex_);
+  const threads::Lock lock(mutex_);
   ended_ = true;
   if (!playerthread_) showEnd();
 }
@@ -298,41 +296,47 @@ void Playback::showEnd() {
   parts_.view.lblName("stop");
 }
 
+std::string Playback::shownBitrate() {
+  const threads::Lock lock(mutex_);
+  return bitrate_;
+}
+
 HSTREAM Playback::stream() {
-  std::lock_guard lock(mutex_);
+  const threads::Lock lock(mutex_);
   return hStream_;
 }
 
 void Playback::freeStream() {
-  std::unique_lock lock(mutex_);
-  const HSTREAM old = std::exchange(hStream_, 0);
-  lock.unlock();  // the library waits for callbacks, and they may want the lock
+  HSTREAM old = 0;
+  {
+    const threads::Lock lock(mutex_);
+    old = std::exchange(hStream_, 0);
+  }  // the library waits for callbacks, and they may want the lock
   if (old != 0) parts_.library.StreamFree(old);
 }
 
 void Playback::show(void (PlayerView::*label)(std::string), std::string text) {
-  std::lock_guard lock(mutex_);
+  const threads::Lock lock(mutex_);
   if (!stopped_) (parts_.view.*label)(std::move(text));
 }
 
 bool Playback::stopped() {
-  std::lock_guard lock(mutex_);
+  const threads::Lock lock(mutex_);
   return stopped_;
 }
 
 bool Playback::stoppedWithin(int milliseconds) {
-  std::unique_lock lock(mutex_);
-  return stop_signal_.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                               [this] { return stopped_; });
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  const threads::Lock lock(mutex_);
+  while (!stopped_ && stop_signal_.waitUntil(mutex_, deadline)) continue;
+  return stopped_;
 }
 
 void Playback::requestStop() {
   active_ = false;
-  {
-    std::lock_guard lock(mutex_);
-    stopped_ = true;
-  }
-  stop_signal_.notify_all();
+  const threads::Lock lock(mutex_);
+  stopped_ = true;
+  stop_signal_.notifyAll();
 }
 
 }  // namespace player

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +11,7 @@
 #include "player/player_view.h"
 #include "player/recorder.h"
 #include "player/volume.h"
+#include "threads/mutex.h"
 #include "tray/menu_model.h"
 #include "tray/tray_icon.h"
 
@@ -86,9 +85,10 @@ class Playback {
   void received(const void* buffer, BASS_DWORD length);
   void serverText(const std::string& text);
   void ended();
-  void showEnd();  // under mutex_
+  void showEnd() REQUIRES(mutex_);
   void freeStream();
   [[nodiscard]] HSTREAM stream();
+  [[nodiscard]] std::string shownBitrate();
 
   /// Writes a label, unless the listener has stopped what it tells of.
   void show(void (PlayerView::*label)(std::string), std::string text);
@@ -104,12 +104,12 @@ class Playback {
   std::vector<std::string> addresses_;
   std::string msgplayerstatus_;
 
-  std::mutex mutex_;
-  std::condition_variable stop_signal_;
-  bool stopped_ = true;  // guarded by mutex_
-  bool ended_ = false;   // guarded by mutex_: the stream has, by itself
-  HSTREAM hStream_ = 0;  // guarded by mutex_
-  std::string bitrate_;  // guarded by mutex_: as shown, once the headers are known
+  threads::Mutex mutex_;
+  threads::Condition stop_signal_;
+  bool stopped_ GUARDED_BY(mutex_) = true;
+  bool ended_ GUARDED_BY(mutex_) = false;  ///< the stream has, by itself
+  HSTREAM hStream_ GUARDED_BY(mutex_) = 0;
+  std::string bitrate_ GUARDED_BY(mutex_);  ///< as shown, once the headers are known
 
   std::atomic<bool> active_ = false;
   std::atomic<bool> playerthread_ = false;  // a worker runs

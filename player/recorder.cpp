@@ -5,9 +5,9 @@
 namespace player {
 
 void Recorder::begin() {
-  std::lock_guard file_lock(file_mutex_);
+  const threads::Lock file_lock(file_mutex_);
   file_.CloseFile();
-  std::lock_guard lock(state_mutex_);
+  const threads::Lock lock(state_mutex_);
   const unsigned changes = state_.changes + 1;
   state_ = {};
   state_.ended = false;
@@ -16,17 +16,17 @@ void Recorder::begin() {
 
 void Recorder::end() {
   {
-    std::lock_guard lock(state_mutex_);
+    const threads::Lock lock(state_mutex_);
     state_.ended = true;
     ++state_.changes;
   }
-  std::lock_guard file_lock(file_mutex_);
+  const threads::Lock file_lock(file_mutex_);
   file_.CloseFile();
 }
 
 void Recorder::title(std::string_view CurrentTitle) {
   std::string path = recordPath(folder_, CurrentTitle);
-  std::lock_guard lock(state_mutex_);
+  const threads::Lock lock(state_mutex_);
   if (CurrentTitle != state_.LastTitle) {
     state_.LastTitle = CurrentTitle;
     state_.FileOpen = false;
@@ -37,7 +37,7 @@ void Recorder::title(std::string_view CurrentTitle) {
 }
 
 void Recorder::bytes(std::span<const std::byte> block) {
-  std::lock_guard file_lock(file_mutex_);
+  const threads::Lock file_lock(file_mutex_);
   State now = state();
   if (now.ended) return;
   record(now, block);
@@ -62,7 +62,7 @@ void Recorder::record(State& now, std::span<const std::byte> block) {
 }
 
 void Recorder::downloadEnded() {
-  std::lock_guard file_lock(file_mutex_);
+  const threads::Lock file_lock(file_mutex_);
   file_.CloseFile();
   State now = state();
   now.SyncFound = false;
@@ -70,12 +70,12 @@ void Recorder::downloadEnded() {
 }
 
 Recorder::State Recorder::state() {
-  std::lock_guard lock(state_mutex_);
+  const threads::Lock lock(state_mutex_);
   return state_;
 }
 
 void Recorder::store(const State& outcome) {
-  std::lock_guard lock(state_mutex_);
+  const threads::Lock lock(state_mutex_);
   if (state_.changes != outcome.changes) return;  // a title came meanwhile: begin anew
   state_.FileOpen = outcome.FileOpen;
   state_.SyncFound = outcome.SyncFound;

@@ -2,12 +2,12 @@
 
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "player/file_io.h"
+#include "threads/mutex.h"
 
 namespace player {
 
@@ -48,13 +48,13 @@ class Recorder {
 
   [[nodiscard]] State state();
   void store(const State& outcome);
-  void record(State& now, std::span<const std::byte> block);
+  void record(State& now, std::span<const std::byte> block) REQUIRES(file_mutex_);
 
   const std::string folder_;
-  std::mutex file_mutex_;  // held while the disk is written; taken before state_mutex_
-  clsFileIo file_;         // guarded by file_mutex_
-  std::mutex state_mutex_;
-  State state_;  // guarded by state_mutex_
+  threads::Mutex file_mutex_;  ///< held while the disk is written; taken before state_mutex_
+  clsFileIo file_ GUARDED_BY(file_mutex_);
+  threads::Mutex state_mutex_;
+  State state_ GUARDED_BY(state_mutex_);
 };
 
 }  // namespace player

@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "app/file_writer.h"
 #include "directory/own_lists.h"
 #include "tests/directory_fixture.h"
+#include "tests/scarce_memory.h"
 
 // Files as people, other programs and older versions leave them.
 namespace directory {
@@ -157,6 +159,15 @@ TEST_F(ListFilesTest, AReadOnlyFileIsOldOrNew) {
   EXPECT_EQ(fileText(data("special.dat")), written ? "new%#$u\r\n" : "old%#$u\r\n");
   EXPECT_TRUE(nothingBeside());
   for (const auto& name : names_) std::filesystem::permissions(path(data(name)), perms::owner_all);
+}
+
+TEST_F(ListFilesTest, OneIsWrittenThoughThereIsNoMemoryForAWhile) {
+  app::FileWriter writer;
+  refuseMemory(3);
+  writer.replace(data("Jazz.dat"), "new%#$u\r\n");
+  writer.finish();
+  EXPECT_EQ(memoryRefusalsLeft(), 0);
+  EXPECT_EQ(fileText(data("Jazz.dat")), "new%#$u\r\n");
 }
 
 #ifdef _WIN32
