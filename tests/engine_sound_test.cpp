@@ -72,7 +72,7 @@ TEST(ResamplerTest, KeepsNoiseNinetyDecibelsBelowASine) {
         piece[i] = piece[i + 1] = static_cast<float>(
             0.5 * std::sin(2 * std::numbers::pi * 997 * static_cast<double>(frame) / from));
       }
-      const auto made = resampler.convert({piece.data(), 1152, 2, from});
+      const auto made = resampler.convert({piece.data(), 1152, 2, from, 0});
       out.insert(out.end(), made.begin(), made.end());
     }
     // What a sine of that frequency explains is the signal, the rest is noise.
