@@ -13,7 +13,7 @@ import sys
 import time
 import unittest
 
-from demo_radio import DemoRadio, drain, header, links, split, untitled
+from demo_radio import DemoRadio, header, links, split, untitled
 
 GENRES = ("TopTen Alternative Classical Comedy Country Dance Funk Jazz Metal Mixed Pop Rap RnB "
           "Rock Talk Techno 80s 70s World").split()

@@ -4,7 +4,6 @@
 
 #include <commctrl.h>
 
-#include <array>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -16,7 +15,6 @@
 #include "dialogs/reloadform_win.h"
 #include "dialogs/searchform_win.h"
 #include "tests/wine_desktop.h"
-#include "window/font.h"
 #include "window/utf.h"
 
 namespace {
@@ -24,59 +22,8 @@ namespace {
 using directory::OwnEntry;
 using Entries = std::vector<OwnEntry>;
 
-BOOL CALLBACK collect(HWND window, LPARAM list) {
-  reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-  return TRUE;
-}
-
-std::vector<HWND> childrenOf(HWND window) {
-  std::vector<HWND> list;
-  EnumChildWindows(window, collect, reinterpret_cast<LPARAM>(&list));
-  return list;
-}
-
-/// Texts that a language may bring, twice as long as the English ones.
-void useLongWords(app::Captions& captions) {
-  const std::array<const char*, 16> keys{
-      "reloadform.Label1", "reloadform.Label4", "searchform.Label2", "searchform.Label3",
-      "searchform.Label5", "editfavs.Command1", "editfavs.Command2", "editfavs.Command3",
-      "Form5.Label1",      "Form5.Label2",      "Form5.Command1",    "Form5.Command2",
-      "Form6.Label1",      "Form6.Label2",      "Form6.Command1",    "Form6.Command2"};
-  for (const char* key : keys) captions.set(key, captions.get(key) + " " + captions.get(key));
-}
-
-/// Everything inside, nothing over another, every one-line text whole.
-void expectFits(HWND window, const std::string& what) {
-  RECT client{};
-  GetClientRect(window, &client);
-  const std::vector<HWND> children = childrenOf(window);
-  std::vector<RECT> places;
-  for (const HWND child : children) {
-    RECT place{}, both{};
-    GetWindowRect(child, &place);
-    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-    if (GetParent(child) != window) continue;  // a list's own header
-    const std::wstring text = window::windowText(child);
-    const std::string name = what + ": " + window::toNarrow(text);
-    IntersectRect(&both, &place, &client);
-    EXPECT_TRUE(EqualRect(&both, &place)) << name;
-    for (const RECT& other : places) EXPECT_FALSE(IntersectRect(&both, &place, &other)) << name;
-    places.push_back(place);
-    wchar_t kind[32] = {};
-    GetClassNameW(child, kind, 32);
-    if (std::wstring(kind) != L"Button" && std::wstring(kind) != L"Static") continue;
-    if (GetDlgCtrlID(child) == dialogs::kIdReloadAbort) continue;  // has two lines
-    auto font = reinterpret_cast<HFONT>(SendMessageW(child, WM_GETFONT, 0, 0));
-    const window::UniqueFont drawn = window::messageFont(window::Dpi::of(nullptr));
-    if (font == nullptr) font = drawn.get();  // the window draws the text itself
-    EXPECT_LE(window::textWidth(font, text), place.right - place.left) << name;
-  }
-}
-
 class Dialogs : public testing::Test {
  protected:
-  void TearDown() override { SetEnvironmentVariableW(L"KESTREL_DPI", nullptr); }
-
   /// Runs `work` beside the dialog of that class, once it has the focus.
   static test::Hands beside(const wchar_t* dialog, std::function<void(HWND)> work) {
     return test::Hands([dialog, work = std::move(work)] {
@@ -208,18 +155,11 @@ TEST_F(Dialogs, ReloadIsCancelledOnceAndBeginsFresh) {
     EXPECT_EQ(cancelled, round);
     EXPECT_EQ(window::toNarrow(window::windowText(control(dialogs::kIdReloadAbort))),
               messages.msgreloadabort);
+    captions.set("reloadform.Label1", "Einträge aller Genres");  // a new language while it shows
+    EXPECT_EQ(window::toNarrow(window::windowText(control(dialogs::kIdReloadLabel1))),
+              captions.get("reloadform.Label1"));
     form.hide();
   }
-}
-
-TEST_F(Dialogs, ReloadFollowsANewLanguageWhileItShows) {
-  dialogs::ReloadForm form(captions, messages, [] {});
-  form.show();
-  captions.set("reloadform.Label1", "Einträge aller Genres werden jetzt gleich neu eingelesen");
-  EXPECT_EQ(
-      window::toNarrow(window::windowText(GetDlgItem(form.handle(), dialogs::kIdReloadLabel1))),
-      captions.get("reloadform.Label1"));
-  expectFits(form.handle(), "new language");
 }
 
 TEST_F(Dialogs, ProgressDoesNotComeToTheFrontAgain) {
@@ -232,25 +172,6 @@ TEST_F(Dialogs, ProgressDoesNotComeToTheFrontAgain) {
   form.show();  // a second reload takes over
   test::pumpUntil([] { return false; }, std::chrono::milliseconds(100));
   EXPECT_EQ(GetForegroundWindow(), other.handle());
-}
-
-TEST_F(Dialogs, LongWordsFitAtEveryDensity) {
-  useLongWords(captions);
-  for (const wchar_t* dpi : {L"96", L"120", L"144", L"192"}) {
-    SetEnvironmentVariableW(L"KESTREL_DPI", dpi);
-    const std::string density = window::toNarrow(dpi);
-    dialogs::ReloadForm reload(captions, messages, [] {});
-    reload.show();
-    expectFits(reload.handle(), "reload " + density);
-    const dialogs::SearchForm search(captions, nullptr, "words");
-    expectFits(search.handle(), "search " + density);
-    const dialogs::EditFavs organiser(captions, nullptr, "Favourites", {{"One", "http://x/"}});
-    expectFits(organiser.handle(), "favourites " + density);
-    const dialogs::Form5 add(captions, nullptr);
-    expectFits(add.handle(), "add " + density);
-    const dialogs::Form6 edit(captions, nullptr, {"One", "http://x/"});
-    expectFits(edit.handle(), "edit " + density);
-  }
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include "app/hosts.h"
-#include "app/language.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "app/text.h"
@@ -99,21 +98,6 @@ TEST(Files, TooLargeIsNoContents) {
   EXPECT_EQ(readWhole(file, 4), std::nullopt);
 }
 
-TEST(Language, CleansLines) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"1002:Genres #note", "1002:Genres"},
-      {"1002:Rock'n'Roll", "1002:Rock"},
-      {"1002:A#B'C", "1002:A#B"},
-      {"1002:G\te\tn", "1002:Gen"},
-      {"  1002: a:b  ", "1002: a:b"},
-      {"\t 1002:x", " 1002:x"},  // the blanks go before the tabs
-      {"#", ""},
-  };
-  for (const auto& [line, cleaned] : cases) EXPECT_EQ(cleanline(line), cleaned);
-  for (const char* line : {"", "x", "#a:b", "'a:b"}) EXPECT_FALSE(isLanguageLine(line)) << line;
-  EXPECT_TRUE(isLanguageLine(" #a:b"));
-}
-
 struct SettingsOf {
   explicit SettingsOf(std::string_view text) {
     readEarlySettings(text, settings);
@@ -175,20 +159,6 @@ TEST(Settings, ReadsWhatItCanAndWritesItBack) {
       EXPECT_EQ(written, expected_defaults) << text;
     }
   }
-}
-
-TEST(Settings, WritesTheWholeFile) {
-  SettingsOf state("playerwin_left=1200\nplayerwin_top=900.25\n");
-  state.tree.mgenre[3].Visible = false;
-  state.tree.subbit[0].Checked = false;
-  EXPECT_EQ(settingsText(state.settings, state.tree),
-            "#config for kestrel 1.0.68+\r\n#do not edit\r\n\r\n"
-            "genre=1;1;1;0;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1\r\n"
-            "\r\n"
-            "showsplash=1\r\nshowreloadallwindow=1\r\nmaxentry=20\r\nmaxchar=50\r\n"
-            "reloadonstartup=0\r\nlanguage=0\r\nplayerwin_left=1200\r\nplayerwin_top=900.25\r\n"
-            "player=0\r\nplayerpath=-\r\nvolume=10000\r\nleftmouse=0\r\nrightmouse=0\r\n"
-            "playerstart=0\r\n");
 }
 
 TEST(Hosts, TakesWhatIsThereAndDefaultsForTheRest) {

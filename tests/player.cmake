@@ -2,11 +2,7 @@ if(WIN32)
   add_executable(player_window_test player_window_test.cpp wine_desktop.cpp)
   target_link_libraries(player_window_test PRIVATE kestrel_win kestrel_logic kestrel_res
                         GTest::gtest_main)
-  add_test(NAME player_window
-           COMMAND ${CMAKE_CURRENT_LIST_DIR}/run-wine.sh $<TARGET_FILE:player_window_test>)
-  set_tests_properties(player_window PROPERTIES LABELS desktop TIMEOUT 180 RUN_SERIAL TRUE)
-  add_executable(player_window_demo player_window_demo.cpp wine_desktop.cpp)
-  target_link_libraries(player_window_demo PRIVATE kestrel_win kestrel_logic kestrel_res)
+  wine_test(player_window)
 else()
   add_executable(player_test player_test.cpp player_fakes.cpp recorder_test.cpp skin_test.cpp)
   target_link_libraries(player_test PRIVATE kestrel_logic GTest::gtest_main)

@@ -6,30 +6,22 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "player/player_ids.h"
 #include "player/player_window_win.h"
-#include "window/theme.h"
 #include "player/volform_win.h"
 #include "tests/wine_desktop.h"
 #include "window/gdi.h"
+#include "window/theme.h"
 #include "window/utf.h"
 
 namespace {
 
 /// A hand is not as fast as a program, and the desktop counts on it.
 constexpr DWORD kHandMs = 150;
-
-/// Moves there and clicks; on a thread beside the user interface.
-void clickByHand(POINT at, bool left = true) {
-  test::moveMouse(at);
-  Sleep(kHandMs);
-  test::clickMouse(at, left);
-}
 
 /// The same on the user interface's own thread.
 void click(POINT at) {
@@ -144,14 +136,6 @@ TEST_F(PlayerWindowTest, NamesItsControlsForScreenReaders) {
   EXPECT_FALSE(text(player::kIdHide).empty());
 }
 
-TEST_F(PlayerWindowTest, StartsAndStopsWhenTheMouseIsReleasedOnItsButtons) {
-  show();
-  click(middleOf(control(player::kIdImage1)));
-  EXPECT_TRUE(test::pumpUntil([&] { return clicks == Clicks{"start"}; }));
-  click(middleOf(control(player::kIdImage2)));
-  EXPECT_TRUE(test::pumpUntil([&] { return clicks == Clicks{"start", "stop"}; }));
-}
-
 TEST_F(PlayerWindowTest, RecordsByItsBoxAndFollowsTheMenu) {
   show();
   click(middleOf(control(player::kIdchkSave)));
@@ -197,69 +181,6 @@ TEST_F(PlayerWindowTest, AlternatesStationAndSongInOnePlace) {
   EXPECT_TRUE(shows(player::kIdlbstation) && !shows(player::kIdlblSong));
   tick();
   EXPECT_TRUE(!shows(player::kIdlbstation) && shows(player::kIdlblSong));
-}
-
-TEST_F(PlayerWindowTest, OpensItsMenuAndStaysOnTop) {
-  show();
-  const auto isOnTop = [&] {
-    return (GetWindowLongPtrW(window.handle(), GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
-  };
-  RECT area{};
-  GetWindowRect(window.handle(), &area);
-  for (const bool on : {true, false}) {
-    std::vector<std::wstring> lines;
-    const test::Hands hands([&] {
-      clickByHand({area.left + 250, area.top + 10}, false);
-      const bool open = test::waitUntil([&] {
-        const std::vector<HWND> menus = test::openMenus();
-        if (!menus.empty()) lines = test::menuTexts(menus.front());
-        return !lines.empty();
-      });
-      if (!open) return;
-      RECT place{};
-      GetWindowRect(test::openMenus().front(), &place);
-      clickByHand({place.left + 20, place.top + 10});
-    });
-    EXPECT_TRUE(test::pumpUntil([&] { return isOnTop() == on; }));
-    EXPECT_EQ(lines, (std::vector<std::wstring>{L"On Top", L"Minimize"}));
-    settle();
-  }
-}
-
-TEST_F(PlayerWindowTest, ShrinksToOneLineAndBack) {
-  show();
-  RECT whole{}, line{}, again{};
-  GetWindowRect(window.handle(), &whole);
-  SendMessageW(control(player::kIdsubmini), BM_CLICK, 0, 0);
-  GetWindowRect(window.handle(), &line);
-  EXPECT_LT(line.bottom - line.top, (whole.bottom - whole.top) / 2);
-  EXPECT_FALSE(IsWindowEnabled(control(player::kIdSlider1)));
-  SendMessageW(control(player::kIdsubmini), BM_CLICK, 0, 0);
-  GetWindowRect(window.handle(), &again);
-  EXPECT_TRUE(EqualRect(&whole, &again));
-}
-
-TEST_F(PlayerWindowTest, KeepsItsPlaceInTwipsAndComesBackOntoTheScreen) {
-  const float twips_per_pixel = 1440.0F / static_cast<float>(window::Dpi::of(nullptr).value());
-  window.setLeft(100 * twips_per_pixel);
-  window.setTop(200 * twips_per_pixel);
-  show();
-  RECT area{};
-  GetWindowRect(window.handle(), &area);
-  EXPECT_EQ(area.left, 100);
-  EXPECT_EQ(area.top, 200);
-  EXPECT_EQ(window.Left(), 100 * twips_per_pixel);
-  window.hidePlayer();
-  for (const float lost : {-1e9F, 1e30F, std::numeric_limits<float>::quiet_NaN()}) {
-    window.setLeft(lost);
-    window.setTop(lost);
-    window.showPlayer();
-    GetWindowRect(window.handle(), &area);
-    RECT screen{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)}, both{};
-    IntersectRect(&both, &area, &screen);
-    EXPECT_TRUE(EqualRect(&both, &area)) << lost;
-    window.hidePlayer();
-  }
 }
 
 TEST_F(PlayerWindowTest, LetsGoOfEverythingItMakes) {

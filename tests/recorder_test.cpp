@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -75,62 +76,44 @@ TEST_F(RecorderTest, TakesAHeaderWhoseThirdByteIsStillToCome) {
   EXPECT_EQ(recorded("T"), std::string("\xff\xfb\0x\xff\xfb", 6));
 }
 
-TEST_F(RecorderTest, WaitsForTheFirstTitle) {
+TEST_F(RecorderTest, WritesWhatBelongsToTheTitleAndNothingElse) {
+  const std::string more = std::string(kRecorded) + "more";
+  struct Case {
+    const char* what;
+    std::function<void()> then;  ///< once "T" is being recorded
+    std::string file;            ///< of "T"
+    int files;
+  };
+  const Case cases[] = {
+      {"the same title", [&] { recorder.title("T"), bytes("more"); }, more, 1},
+      {"another title", [&] { recorder.title("U"), bytes("no header"), bytes(kBlock); },
+       std::string(kRecorded), 2},
+      {"no title", [&] { recorder.title(""), bytes(kBlock); }, std::string(kRecorded), 1},
+      {"switched off", [&] { recorder.recordflag = false, bytes("unwanted"); },
+       std::string(kRecorded), 1},
+      {"the end", [&] { recorder.end(), bytes(kBlock); }, std::string(kRecorded), 1},
+      {"the end of the download", [&] { recorder.downloadEnded(), bytes(kBlock); },
+       std::string(kRecorded), 1},
+      {"the next station has no title yet",
+       [&] { recorder.end(), recorder.begin(), bytes(kBlock), bytes(kBlock); },
+       std::string(kRecorded), 1},
+  };
   bytes(kBlock);
-  EXPECT_EQ(folder.files(), 0);
-}
-
-TEST_F(RecorderTest, GoesOnInTheSameFileForTheSameTitle) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.title("T");
-  bytes("more");
-  EXPECT_EQ(recorded("T"), std::string(kRecorded) + "more");
-}
-
-TEST_F(RecorderTest, BeginsAFileForEachTitle) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.title("U");
-  bytes("still no header");
-  bytes(kBlock);
-  EXPECT_EQ(recorded("T"), kRecorded);
-  EXPECT_EQ(recorded("U"), kRecorded);
-}
-
-TEST_F(RecorderTest, LeavesATitleWithoutANameOut) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.title("");
-  bytes(kBlock);
-  EXPECT_EQ(recorded("T"), kRecorded);
-  EXPECT_EQ(folder.files(), 1);
-}
-
-TEST_F(RecorderTest, ClosesTheFileWhenSwitchedOff) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.recordflag = false;
-  bytes("unwanted");
-  EXPECT_EQ(recorded("T"), kRecorded);
-}
-
-TEST_F(RecorderTest, IgnoresWhatComesAfterTheEnd) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.end();
-  bytes(kBlock);
-  EXPECT_EQ(recorded("T"), kRecorded);
-}
-
-TEST_F(RecorderTest, DoesNotGiveTheNextStationThePreviousOnesTitle) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.end();
-  recorder.begin();
-  bytes("the next station \xff\xfb\x90");
-  EXPECT_EQ(recorded("T"), kRecorded);
-  EXPECT_EQ(folder.files(), 1);
+  EXPECT_EQ(folder.files(), 0) << "there is no title";
+  for (const Case& each : cases) {
+    for (const char* old : {"T.mp3", "U.mp3"}) folder.remove(old);
+    recorder.recordflag = true;
+    recorder.begin();
+    recorder.title("T");
+    bytes(kBlock);
+    each.then();
+    recorder.end();
+    EXPECT_EQ(recorded("T"), each.file) << each.what;
+    EXPECT_EQ(folder.files(), each.files) << each.what;
+    if (each.files > 1) {
+      EXPECT_EQ(recorded("U"), kRecorded) << each.what;
+    }
+  }
 }
 
 TEST_F(RecorderTest, LeavesOutWhatIsNoPlainFileOrCannotBeOne) {
@@ -152,14 +135,6 @@ TEST_F(RecorderTest, LeavesOutWhatIsNoPlainFileOrCannotBeOne) {
   recorder.title("U");
   bytes(kBlock);
   EXPECT_EQ(recorded("U"), kRecorded);
-}
-
-TEST_F(RecorderTest, StopsAtTheEndOfTheDownload) {
-  recorder.title("T");
-  bytes(kBlock);
-  recorder.downloadEnded();
-  bytes(kBlock);
-  EXPECT_EQ(recorded("T"), kRecorded);
 }
 
 TEST_F(RecorderTest, TakesTitlesWhileBytesAreWritten) {

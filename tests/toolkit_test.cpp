@@ -6,15 +6,12 @@
 #include <thread>
 #include <vector>
 
-#include "app/desktop_win.h"
-#include "app/kesmessage_win.h"
 #include "res/resource.h"
 #include "tests/wine_desktop.h"
 #include "tray/tray_icon_win.h"
 #include "window/menu.h"
 #include "window/mnemonics.h"
 #include "window/picture.h"
-#include "window/single_instance.h"
 #include "window/ui_queue.h"
 #include "window/window.h"
 
@@ -242,32 +239,6 @@ TEST(Resources, ManifestAsksForWhatTheProgramRestsOn) {
   for (const char* part : {"PerMonitorV2", "activeCodePage", "Common-Controls", "asInvoker"}) {
     EXPECT_NE(text.find(part), std::string_view::npos) << part;
   }
-}
-
-TEST(SingleInstance, OnlyOneIsFirst) {
-  const window::SingleInstance first(L"KestrelTest");
-  EXPECT_TRUE(first.first());
-  EXPECT_FALSE(window::SingleInstance(L"KestrelTest").first());
-}
-
-TEST(KesMessage, HearsOnlyItsOwnCopyData) {
-  int heard = 0;
-  const app::KesMessage window([&] { ++heard; });
-  const HWND found = FindWindowW(nullptr, L"kesziel");
-  ASSERT_EQ(found, window.handle());
-  for (const ULONG_PTR kind : {0, 1, 2}) {
-    COPYDATASTRUCT data{kind, 0, nullptr};
-    SendMessageW(found, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
-  }
-  EXPECT_EQ(heard, 1);
-  EXPECT_EQ(SendMessageW(found, WM_GETTEXTLENGTH, 0, 0), 7) << "others go to the former procedure";
-}
-
-TEST(Desktop, KnowsTheFolders) {
-  const std::string appdata = app::specialfolder(26);
-  EXPECT_NE(appdata.find("AppData\\Roaming"), std::string::npos) << appdata;
-  EXPECT_TRUE(app::specialfolder(0x7777).empty());
-  EXPECT_NE(app::programFolder().back(), '\\');
 }
 
 }  // namespace

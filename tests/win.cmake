@@ -1,10 +1,8 @@
 # The toolkit and the program's own windows, each on a real desktop under Wine.
 if(WIN32)
-  set(run_wine ${CMAKE_CURRENT_LIST_DIR}/run-wine.sh)
   foreach(subject toolkit tray_windows)
     add_executable(${subject}_test ${subject}_test.cpp wine_desktop.cpp)
     target_link_libraries(${subject}_test PRIVATE kestrel_win kestrel_logic kestrel_res GTest::gtest_main)
-    add_test(NAME ${subject} COMMAND ${run_wine} $<TARGET_FILE:${subject}_test>)
-    set_tests_properties(${subject} PROPERTIES LABELS desktop TIMEOUT 180 RUN_SERIAL TRUE)
+    wine_test(${subject})
   endforeach()
 endif()

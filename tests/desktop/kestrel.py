@@ -187,6 +187,16 @@ class Kestrel:
         half = (bottom - top) // 2
         return right - half, top + half
 
+    def icon_picture(self):
+        """What it looks like. The taskbar is there before it is painted: until then there is one colour."""
+        x, y = self.icon()
+
+        def painted():
+            pixels = self.desktop.pixels((x - 8, y - 8, x + 8, y + 8))
+            return len({pixels[i:i + 6] for i in range(-6 * 256, -6, 6)}) > 1 and pixels
+
+        return wait_for(painted, "the icon's picture")
+
     def form1(self):
         """The hidden main window; its caption is the icon's tooltip."""
         return self.windows(class_name="KestrelForm1")[0]

@@ -38,7 +38,7 @@ def run(command, seconds=60, **options):
     return subprocess.run(command, check=True, timeout=seconds, **options)
 
 
-def wait_for(condition, what, seconds=20, pause=0.01):
+def wait_for(condition, what, seconds=20, pause=0.03):
     """The condition's first true result; an AssertionError that says what did not come."""
     deadline = time.monotonic() + seconds
     while True:

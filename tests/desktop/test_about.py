@@ -150,23 +150,6 @@ class About(Case):
         self.kestrel.start("-nos")
         self.assertEqual("Ende", self.kestrel.look().labels[-1])
 
-    def test_without_a_choice_the_first_start_is_english(self):
-        dialog = self.first_start()
-        dialog.press("Return")
-        wait_for(self.kestrel.icon, "an icon", 20)
-        self.kestrel.start_agent()
-        wait_for(lambda: not self.kestrel.windows(class_name="KestrelSplash"), "the splash to go")
-        self.kestrel.quit()
-        self.assertEqual("0", self.kestrel.setting("language"))
-        self.kestrel.process = self.kestrel.launch()
-        wait_for(self.kestrel.icon, "an icon and no question", 20)
-        self.kestrel.start_agent()
-
-    def test_nothing_is_asked_with_nos(self):
-        self.kestrel.start("-nos")
-        self.assertEqual([], self.kestrel.windows(class_name="Form4"))
-        self.assertEqual("Quit", self.kestrel.look().labels[-1])
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -39,10 +39,6 @@ class Directory(Case):
     def idle(self):
         return self.kestrel.form1().text == "Kestrel"
 
-    def icon_picture(self):
-        x, y = self.kestrel.icon()
-        return self.desktop.pixels((x - 8, y - 8, x + 8, y + 8))
-
     def wait_box(self, seconds=20):
         box = self.kestrel.box(seconds)
         self.assertEqual(OFFLINE, box.text)
@@ -66,23 +62,6 @@ class Directory(Case):
                 self.assertEqual([shown(title) for title, _ in stations] + ["-", "Reload"],
                                  self.kestrel.look("Genres", caption).labels)
                 self.assertEqual(records(stations), self.kestrel.read_list(key))
-
-    def test_the_query_carries_the_bandwidth_and_the_number_as_it_stands(self):
-        for index, kbit in enumerate((999, 24, 32, 56, 128, 999)):
-            with self.subTest(index):
-                self.start(bitrate=index, maxentry="007")
-                self.radio.get("/control/log?clear=1")
-                self.reload("Rock")
-                self.assertEqual([target("sgenre", "Rock", bitrate=kbit, results="007")],
-                                 self.wait_requests(1))
-                self.kestrel.kill()
-
-    def test_a_page_without_stations_is_followed_by_one_search(self):
-        self.start()
-        self.radio.switch("directory", "no-stations", 1)
-        self.reload()
-        self.assertEqual([target("sgenre", "Jazz"), target("s", "Jazz")], self.wait_requests(2))
-        self.assertEqual(records(self.station_list(query("s", "Jazz"))), self.kestrel.read_list("Jazz"))
 
     def test_pages_that_are_none_change_nothing_and_say_nothing(self):
         self.kestrel.write_list("Jazz", OLD)
@@ -118,46 +97,21 @@ class Directory(Case):
         self.kestrel.write_list("Jazz", OLD)
         self.start()
         self.desktop.move((20, 20))
-        idle_icon = self.icon_picture()
+        idle_icon = self.kestrel.icon_picture()
         self.radio.switch("directory", "hang")
         self.reload()
         wait_for(lambda: self.kestrel.form1().text == "Loading Data", "the tooltip's text")
-        wait_for(lambda: self.icon_picture() != idle_icon, "the working icon")
+        wait_for(lambda: self.kestrel.icon_picture() != idle_icon, "the working icon")
         self.has_old_station_only()  # the menus live meanwhile
         self.wait_box(35)
         self.assertEqual([target("sgenre", "Jazz")], self.wait_requests(1))
-        wait_for(lambda: self.icon_picture() == idle_icon, "the normal icon")
+        wait_for(lambda: self.kestrel.icon_picture() == idle_icon, "the normal icon")
         self.reload()
         wait_for(lambda: not self.idle(), "the work to begin")
         begin = time.monotonic()
         self.kestrel.quit()
         self.assertLess(time.monotonic() - begin, 8)  # a dead server is waited for longer
         self.assertEqual("20", self.kestrel.setting("maxentry"))
-
-    def test_a_second_reload_takes_the_place_of_one_that_waits(self):
-        self.kestrel.write_list("Jazz", OLD)
-        self.start()
-        self.radio.switch("directory", "hang", 1)
-        self.reload("Jazz")
-        wait_for(lambda: not self.idle(), "the work to begin")
-        self.reload("Rock")
-        wait_for(self.idle, "the end of the work")
-        self.assertEqual(records(self.station_list(query("sgenre", "Rock"))), self.kestrel.read_list("Rock"))
-        self.assertEqual([], self.kestrel.boxes())
-        self.has_old_station_only()
-
-    def test_the_station_that_was_chosen_stays_marked(self):
-        self.start(player=9)  # a station's click fetches its playlist and does no more
-        self.reload()
-        self.wait_requests(1)
-        title = shown(self.station_list(query("sgenre", "Jazz"))[2][0])
-        self.kestrel.choose("Genres", "Jazz", title)
-        self.wait_requests(2)
-        for _ in range(2):
-            menu = self.kestrel.look("Genres", "Jazz")
-            self.assertEqual([title], [i.label for i in menu.items if i.checked])
-            self.reload()
-            wait_for(self.idle, "the end of the work")
 
 
 class NoDirectory(Case):

@@ -235,7 +235,6 @@ class Windows200(Windows):
     density = 192
 
 
-@unittest.skipIf(os.environ.get("KESTREL_WINE_ROOT"), "the x64 program has the same windows")
 class OtherLanguages(Windows):
     languages = {f[:-5]: f for f in sorted(os.listdir(FILES)) if f not in LANGUAGES.values()}
     keeps_pictures = False  # which take most of the time
