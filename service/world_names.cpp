@@ -79,7 +79,7 @@ const std::array<GenreNames, kGenreCount> kGenres = {{
      1,
      {"Bubble Tea Pop", "Hit Harbour", "Glanz FM", "Sugar Cube Radio", "Star Alley", "Popmöwe",
       "Chorus & Verse", "Now Playing: Your Sister's Favourite Songs of This Summer"},
-     {"Hit Radio", "Pop Wave", "Top Forty", "Star FM"},
+     {"Hit Radio", "Pop Wave", "Top Forty", "Pond FM"},
      {"Ellie Park-Lane", "The Sugar Cubes Club", "Tomasz Vale", "Sommerkleid", "Neon Pines"}},
     {"Rap",
      "Rap",
@@ -101,7 +101,7 @@ const std::array<GenreNames, kGenreCount> kGenres = {{
      {"Granite Rock Radio", "Loud Neighbour FM", "Felsen Rock", "The Amp Room", "Rock & Rüben FM",
       "Gate 12 Rock", "Don't Touch That Dial",
       "Ten Thousand Guitars and One Very Patient Landlord: Rock Radio"},
-     {"Rock Antenna", "Guitar Radio", "Live Rock", "Amp Hour"},
+     {"Rock Pebbles", "Guitar Radio", "Live Rock", "Amp Hour"},
      {"The Patient Landlords", "Kessel 5", "Mary Flint Band", "Wolkenbruch", "The Borrowed Amps"}},
     {"Talk",
      "Talk",
@@ -138,7 +138,7 @@ const std::array<GenreNames, kGenreCount> kGenres = {{
      {"Caravan Radio", "Oasis & Harbour", "Weltempfänger Blau", "The Spice Route",
       "Tambour Mondial", "Fünf Kontinente", "Monsoon Strings", "Sailors' Songs From Every Shore"},
      {"World Music", "Folk Radio", "Caravan", "Roots"},
-     {"Orchestre Baobab Bleu", "Saffron Caravan", "Tuvi & the Steppes", "Meerwind",
+     {"Orchestre Acacia Bleu", "Saffron Caravan", "Tuvi & the Steppes", "Meerwind",
       "Las Hermanas del Faro"}},
 }};
 

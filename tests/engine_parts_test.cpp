@@ -42,8 +42,8 @@ TEST(ResponseHead, ReadsWhatServersSend) {
     const char* icy;
   };
   const Case cases[] = {
-      {"HTTP/1.0 200 OK\r\nicy-name:Radio X\r\nicy-br:128\r\n\r\n", 200,
-       "icy-name:Radio X|icy-br:128||"},
+      {"HTTP/1.0 200 OK\r\nicy-name:Pond FM\r\nicy-br:128\r\n\r\n", 200,
+       "icy-name:Pond FM|icy-br:128||"},
       {"ICY 200 OK\r\nicy-name:  Spaced \r\n\r\n", 200, "icy-name:Spaced||"},
       {"HTTP/1.1 404 Not Found\nIcy-Name:Loud\nServer:x\n\n", 404, "Icy-Name:Loud||"},
       {"ICY 401 Service Unavailable\r\n\r\n", 401, ""},

@@ -148,14 +148,14 @@ class PlaybackTest : public testing::Test {
 };
 
 TEST_F(PlaybackTest, PlaysWithNameBitrateTitleFormatAndVolume) {
-  fake.icy_headers = std::string("ICY 200 OK\0icy-name:Radio X\0ICY-NAME:Y\0icy-br:128\0", 50);
+  fake.icy_headers = std::string("ICY 200 OK\0icy-name:Pond FM\0ICY-NAME:Y\0icy-br:128\0", 50);
   fake.meta = "StreamTitle='A - B';";
   fake.ctype = BASS_CTYPE_STREAM_AAC;
   volume.set(4000);
   startUntil("ChannelPlay");
   EXPECT_EQ(fake.calls(), (Texts{"StreamCreateURL http://a/ 0,8388608,0", "ChannelSetSync 77,4,0,0",
                                  "ChannelSetAttributes 77,-1,4000,-101", "ChannelPlay 77,0"}));
-  EXPECT_EQ(view.history("lblName"), (Texts{"stop", "Radio X"}));
+  EXPECT_EQ(view.history("lblName"), (Texts{"stop", "Pond FM"}));
   EXPECT_EQ(view.history("lblSong"), (Texts{"Opening", "A - B"}));
   EXPECT_EQ(view.history("lblBPS"), (Texts{"", "bitrate: 128"}));
   EXPECT_EQ(view.now("lblFormat"), "aac");

@@ -115,7 +115,7 @@ TEST_F(PlayerWindowTest, SwitchesThePictureWithTheWordsOfTheNameLabel) {
   const window::Theme theme = window::Theme::current();
   const std::pair<const char*, COLORREF> steps[] = {{"stop", theme.surface},
                                                     {"play", theme.accent},
-                                                    {"Radio X", theme.accent},
+                                                    {"Pond FM", theme.accent},
                                                     {"stop", theme.surface}};
   for (const auto& [name, colour] : steps) {
     window.lblName(name);

@@ -183,8 +183,8 @@ class Windows(Case):
         self.language, self.words = language, texts(file)
 
     def test_every_window(self):
-        self.kestrel.write_list("favs", [(b"Radio Swiss Jazz", b"http://127.0.0.1/1.pls"),
-                                         ("Радио Культура & Co".encode(), b"http://127.0.0.1/2.pls")])
+        self.kestrel.write_list("favs", [(b"Half Moon Jazz", b"http://127.0.0.1/1.pls"),
+                                         ("Радио Полынья & Co".encode(), b"http://127.0.0.1/2.pls")])
         self.kestrel.write_list("special", [(b"My own station", b"http://127.0.0.1/live")])
         self.start(playerstart=1, genre=";".join("1" if i in (0, 1, 19) else "0" for i in range(20)))
         self.words = ENGLISH
