@@ -10,5 +10,5 @@ else()
     target_sources(lists_test PRIVATE lists_kill_test.cpp)  # stops itself at every system call
   endif()
   add_test(NAME lists COMMAND lists_test)
-  set_tests_properties(lists PROPERTIES TIMEOUT 120)
+  set_tests_properties(lists PROPERTIES TIMEOUT 300)
 endif()

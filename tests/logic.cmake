@@ -6,7 +6,7 @@ if(WIN32)
   wine_test(logic)
 else()
   add_test(NAME logic COMMAND logic_test)
-  set_tests_properties(logic PROPERTIES TIMEOUT 60)
+  set_tests_properties(logic PROPERTIES TIMEOUT 120)
 
   add_executable(parse_bench bench/parse_bench.cpp)
   target_compile_options(parse_bench PRIVATE -O2)

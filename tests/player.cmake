@@ -7,7 +7,7 @@ else()
   add_executable(player_test player_test.cpp player_fakes.cpp recorder_test.cpp skin_test.cpp)
   target_link_libraries(player_test PRIVATE kestrel_logic GTest::gtest_main)
   add_test(NAME player_test COMMAND player_test)
-  set_tests_properties(player_test PROPERTIES TIMEOUT 60)
+  set_tests_properties(player_test PROPERTIES TIMEOUT 120)
 
   foreach(subject player_engine recording)
     add_executable(${subject}_test ${subject}_test.cpp player_fakes.cpp)
