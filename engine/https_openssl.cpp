@@ -40,6 +40,7 @@ class TlsLink final : public Link {
 
  private:
   void expect(const std::string& host);
+  NetError read(uint8_t* to, size_t room, Clock::time_point deadline, size_t& got);
   static TlsLink& of(BIO* bio) { return *static_cast<TlsLink*>(BIO_get_data(bio)); }
   static int readSocket(BIO* bio, char* to, size_t room, size_t* got);
   static int writeSocket(BIO* bio, const char* bytes, size_t size, size_t* written);
@@ -95,7 +96,10 @@ void TlsLink::expect(const std::string& host) {
 
 int TlsLink::readSocket(BIO* bio, char* to, size_t room, size_t* got) {
   TlsLink& self = of(bio);
+  BIO_clear_retry_flags(bio);
   self.error_ = self.socket_.receive(reinterpret_cast<uint8_t*>(to), room, self.deadline_, *got);
+  // The rest of a record may come with a later call.
+  if (self.error_ == NetError::timeout) BIO_set_retry_read(bio);
   self.ended_ = self.error_ == NetError::none && *got == 0;
   return self.error_ == NetError::none && *got != 0 ? 1 : 0;
 }
@@ -114,16 +118,31 @@ long TlsLink::control(BIO* /*bio*/, int command, long /*number*/, void* /*pointe
 
 NetError TlsLink::sendAll(std::string_view bytes, Clock::time_point deadline) {
   deadline_ = deadline;
+  error_ = NetError::none;
   ERR_clear_error();
   size_t written = 0;
   if (SSL_write_ex(tls_.get(), bytes.data(), bytes.size(), &written) == 1) return NetError::none;
   return error_ != NetError::none ? error_ : NetError::failed;
 }
 
+// Takes all that is here: records may be small, and whoever asks may sleep between
+// two questions.
 NetError TlsLink::receive(uint8_t* to, size_t room, Clock::time_point deadline, size_t& got) {
+  NetError error = read(to, room, deadline, got);
+  size_t more = got;
+  while (error == NetError::none && more != 0 && got < room) {
+    error = read(to + got, room - got, Clock::time_point(), more);
+    got += more;
+  }
+  // What is wrong now, the next call will see as well.
+  return got != 0 ? NetError::none : error;
+}
+
+NetError TlsLink::read(uint8_t* to, size_t room, Clock::time_point deadline, size_t& got) {
   got = 0;
   if (interrupt_.isSet()) return NetError::interrupted;
   deadline_ = deadline;
+  error_ = NetError::none;
   ERR_clear_error();
   const int result = SSL_read_ex(tls_.get(), to, room, &got);
   if (result == 1) return NetError::none;

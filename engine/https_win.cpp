@@ -92,13 +92,15 @@ class HttpsSource final : public ByteSource {
   bool prepare(const Url& url);
   NetError wait(DWORD milliseconds);
   NetError readHead();
-  NetError fetchMore();
+  NetError fetchMore(DWORD patience);
 
   const Interrupt& interrupt_;
   Internet session_, connection_, request_;  // closed from the last to the first
   Exchange* exchange_ = nullptr;             ///< the request's
   ResponseHead head_;
-  size_t taken_ = 0;  ///< of the bytes in the exchange
+  bool asked_ = false;  ///< how much there is, and the answer was not taken yet
+  size_t filled_ = 0;   ///< bytes in the exchange
+  size_t taken_ = 0;    ///< of them
 };
 
 bool HttpsSource::prepare(const Url& url) {
@@ -108,7 +110,9 @@ bool HttpsSource::prepare(const Url& url) {
   WinHttpSetTimeouts(session_.get(), 6000, 6000, 10'000, static_cast<int>(kSilenceTime));
   connection_.reset(WinHttpConnect(session_.get(), wide(url.host).c_str(), url.port, 0));
   if (!connection_) return false;
-  request_.reset(WinHttpOpenRequest(connection_.get(), L"GET", wide(url.path).c_str(), nullptr,
+  // 1.0, which forbids chunks: Wine keeps a chunk to itself until the next one begins,
+  // and may block meanwhile.
+  request_.reset(WinHttpOpenRequest(connection_.get(), L"GET", wide(url.path).c_str(), L"HTTP/1.0",
                                     nullptr, nullptr, WINHTTP_FLAG_SECURE));
   if (!request_) return false;
   // Redirects are followed where plain ones are, which may lead from one to the other.
@@ -177,28 +181,43 @@ NetError HttpsSource::readHead() {
 }
 
 // Asks first how much there is: a read waits until all it asked for has come.
-NetError HttpsSource::fetchMore() {
-  taken_ = 0;
-  exchange_->got = 0;
-  if (!WinHttpQueryDataAvailable(request_.get(), nullptr)) return netError(GetLastError());
-  if (const NetError error = wait(kSilenceTime); error != NetError::none) return error;
-  const auto available = std::min<size_t>(exchange_->got, exchange_->bytes.size());
-  if (available == 0) return NetError::none;
-  exchange_->got = 0;
-  if (!WinHttpReadData(request_.get(), exchange_->bytes.data(), static_cast<DWORD>(available),
-                       nullptr)) {
+NetError HttpsSource::fetchMore(DWORD patience) {
+  if (exchange_->error != 0) return netError(exchange_->error);
+  if (!asked_ && !WinHttpQueryDataAvailable(request_.get(), nullptr)) {
     return netError(GetLastError());
   }
-  return wait(kSilenceTime);
+  asked_ = true;
+  if (const NetError error = wait(patience); error != NetError::none) return error;
+  asked_ = false;
+  taken_ = 0;
+  filled_ = std::min<size_t>(exchange_->got, exchange_->bytes.size());
+  if (filled_ == 0) return NetError::none;
+  if (!WinHttpReadData(request_.get(), exchange_->bytes.data(), static_cast<DWORD>(filled_),
+                       nullptr)) {
+    filled_ = 0;
+    return netError(GetLastError());
+  }
+  const NetError error = wait(kSilenceTime);
+  filled_ = error == NetError::none ? exchange_->got.load() : 0;
+  return error;
 }
 
+// Takes all that is here: pieces may be small, and whoever asks may sleep between two
+// questions.
 NetError HttpsSource::read(uint8_t* to, size_t room, size_t& got) {
-  if (taken_ == exchange_->got) {
-    if (const NetError error = fetchMore(); error != NetError::none) return error;
+  got = 0;
+  while (got < room) {
+    if (taken_ == filled_) {
+      const NetError error = fetchMore(got == 0 ? kSilenceTime : 0);
+      // What is wrong now, the next call will see as well.
+      if (error != NetError::none) return got == 0 ? error : NetError::none;
+      if (filled_ == 0) break;
+    }
+    const size_t length = std::min(room - got, filled_ - taken_);
+    std::memcpy(to + got, exchange_->bytes.data() + taken_, length);
+    taken_ += length;
+    got += length;
   }
-  got = std::min<size_t>(room, exchange_->got - taken_);
-  std::memcpy(to, exchange_->bytes.data() + taken_, got);
-  taken_ += got;
   return NetError::none;
 }
 
