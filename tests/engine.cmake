@@ -26,13 +26,29 @@ if(NOT WIN32)
   target_link_libraries(engine_titles_test PRIVATE kestrel_logic)
 endif()
 
-# The two libraries under Wine, driven by a small program as the player would.
+# A small program that plays as the player would, and what drives it: over TLS
+# everywhere, and the two libraries under Wine.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_executable(engine_probe ${CMAKE_CURRENT_LIST_DIR}/engine_probe.cpp)
+target_include_directories(engine_probe PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(engine_probe PRIVATE kestrel_flags)
+set_target_properties(engine_probe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
 if(WIN32)
-  add_executable(engine_probe ${CMAKE_CURRENT_LIST_DIR}/engine_probe.cpp)
-  target_include_directories(engine_probe PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(engine_probe PRIVATE kestrel_flags crypt32)
+  set(radio ${KESTREL_RADIO})
+  target_link_libraries(engine_probe PRIVATE crypt32 psapi)
   add_dependencies(engine_probe bass bass_aac)
-  set_target_properties(engine_probe PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+else()
+  set(radio $<TARGET_FILE_DIR:demo_radio>)
+  target_link_libraries(engine_probe PRIVATE kestrel_engine)
+  target_compile_definitions(engine_probe PRIVATE AAC_PLUGIN="$<TARGET_FILE:bass_aac>")
+  add_dependencies(engine_probe bass_aac demo_radio)
+endif()
+add_test(NAME engine_https COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/engine_https_test.py
+  $<TARGET_FILE:engine_probe> ${PROJECT_BINARY_DIR}/kestrel ${radio})
+set_tests_properties(engine_https PROPERTIES LABELS engine TIMEOUT 400)
+
+if(WIN32)
+  set_tests_properties(engine_https PROPERTIES LABELS "engine;desktop")
   add_test(NAME engine_wine COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/engine_wine_test.py
     $<TARGET_FILE_DIR:bass> $<TARGET_FILE:engine_probe> ${CMAKE_OBJDUMP} ${KESTREL_RADIO})
   set_tests_properties(engine_wine PROPERTIES LABELS "engine;desktop" TIMEOUT 400)

@@ -10,7 +10,6 @@ import os
 import re
 import signal
 import socket
-import ssl
 import subprocess
 import sys
 import tempfile
@@ -40,63 +39,6 @@ BASS_StreamGetFilePosition""".split()
 def tables(library):
     return processes.run([OBJDUMP, "-p", os.path.join(FOLDER, library)], stdout=subprocess.PIPE,
                          text=True).stdout
-
-
-class TlsDoor:
-    """Lets clients reach a plain server over TLS, as "localhost"."""
-
-    def __init__(self, folder, port, days=2):
-        os.mkdir(folder)
-        key, certificate = os.path.join(folder, "key.pem"), os.path.join(folder, "certificate.pem")
-        self.authority = os.path.join(folder, "certificate.der")
-        request = os.path.join(folder, "request.pem")
-        processes.run(["openssl", "req", "-newkey", "rsa:2048", "-nodes", "-keyout", key, "-out", request,
-                       "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost"],
-                      stderr=subprocess.DEVNULL)
-        processes.run(["openssl", "x509", "-req", "-in", request, "-signkey", key, "-copy_extensions",
-                       "copy", "-days", str(days), "-out", certificate], stderr=subprocess.DEVNULL)
-        processes.run(["openssl", "x509", "-in", certificate, "-outform", "der", "-out", self.authority])
-        self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        self.context.load_cert_chain(certificate, key)
-        self.inner_port = port
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.url = f"https://localhost:{self.listener.getsockname()[1]}"
-        threading.Thread(target=self._accept, daemon=True).start()
-
-    def _accept(self):
-        while True:
-            client, _ = self.listener.accept()
-            threading.Thread(target=self._serve, args=(client,), daemon=True).start()
-
-    def _serve(self, client):
-        try:
-            with self.context.wrap_socket(client, server_side=True) as outer, \
-                    socket.create_connection(("127.0.0.1", self.inner_port)) as inner:
-                inner.sendall(outer.recv(65536))
-                while data := inner.recv(65536):
-                    outer.sendall(data)
-        except OSError:
-            pass  # a client that does not trust the certificate, or has enough
-
-
-class Redirects:
-    """A web server that knows only where else things are."""
-
-    def __init__(self, places):
-        class Handler(QuietHandler):
-            def do_GET(self):
-                self.send_response(302)
-                self.send_header("Location", places[self.path])
-                self.send_header("Content-Length", "0")
-                self.end_headers()
-
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.port = self.server.server_port
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-
-    def close(self):
-        self.server.shutdown()
-        self.server.server_close()
 
 
 class Files:
@@ -149,8 +91,6 @@ class Sound(unittest.TestCase):
         cls.addClassCleanup(cls.radio.stop)
         cls.speakers = Speakers(os.path.join(folder.name, "sound"))
         cls.addClassCleanup(cls.speakers.close)
-        cls.door = TlsDoor(os.path.join(folder.name, "tls"), cls.radio.port)
-        cls.expired = TlsDoor(os.path.join(folder.name, "expired"), cls.radio.port, -1)
         environment = {**cls.speakers.environment, "DISPLAY": ""}
         cls.prefix = Prefix(os.path.join(folder.name, "prefix"), environment)
         cls.addClassCleanup(cls.prefix.close)
@@ -290,35 +230,6 @@ class Sound(unittest.TestCase):
         self.assertNotIn("playing", "".join(lines))
         freed = next(float(line.split()[1]) for line in lines if line.startswith("freed"))
         self.assertLess(freed, 1000)  # ms; the silence would be waited for 15 times as long
-
-    def test_plays_over_tls_from_a_server_that_is_trusted_and_no_other(self):
-        station = self.station("mp3")
-        process = self.probe("/stream/" + station.mount, 0, self.door.url)
-        self.assertIn("error 2", self.rest(process))
-        for door in self.door, self.expired:
-            trusting = self.prefix.start(os.path.abspath(PROBE), "trust",
-                                         self.prefix.windows_path(door.authority),
-                                         stderr=subprocess.DEVNULL)
-            self.assertEqual(0, trusting.wait(20))
-        process = self.probe("/stream/" + station.mount, 0, self.expired.url)
-        self.assertIn("error 2", self.rest(process))
-        process = self.probe("/stream/" + station.mount, 4, self.door.url)
-        lines = self.read_until(process, "type")
-        time.sleep(1)
-        sound = self.speakers.listen(2)
-        lines += self.rest(process)
-        self.assertIn("header icy-name:" + station.name.decode(), lines)
-        self.assertGreater(level(sound, station.tone), 4 * level(sound, station.tone * 1.06))
-
-        # From an open server to a closed one and back.
-        stream = "/stream/" + station.mount
-        redirects = Redirects({"/in": self.door.url + "/out", "/out": self.radio.url + stream})
-        self.addCleanup(redirects.close)
-        self.door.inner_port = redirects.port
-        process = self.probe("/in", 0, f"http://127.0.0.1:{redirects.port}")
-        lines = self.rest(process)
-        self.door.inner_port = self.radio.port
-        self.assertIn("header icy-name:" + station.name.decode(), lines)
 
     def test_tells_why_a_stream_does_not_open(self):
         process = self.probe("/bad/not-found/stream/" + self.station("mp3").mount, 0)
