@@ -113,16 +113,6 @@ TEST_F(Dialogs, OwnerIsBackAfterwardsAndTheProgramsEndEndsThem) {
   DestroyWindow(owner);
 }
 
-TEST_F(Dialogs, SearchGivesTheWordsAsTyped) {
-  const std::string words = "  Österreich & 日本 ";
-  std::optional<std::string> answer;
-  {
-    const auto hands = beside(L"searchform", [](HWND) { keys({VK_RETURN}); });
-    answer = dialogs::SearchForm(captions, nullptr, words).ask();
-  }
-  EXPECT_EQ(answer, words);
-}
-
 TEST_F(Dialogs, ThousandsOfFavouritesAreOrganised) {
   Entries many;
   for (int i = 0; i < 5000; ++i) many.push_back({"Station " + std::to_string(i), "http://x/"});

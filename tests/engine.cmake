@@ -13,7 +13,7 @@ if(NOT WIN32)
     target_link_libraries(${subject}_test PRIVATE engine_harness kestrel_flags GTest::gtest_main)
     # What waits for sound and servers most goes in parts, side by side.
     set(parts 1)
-    if(subject MATCHES "^engine(_hls|_icecast|_recovery)?$")
+    if(subject MATCHES "^engine(_formats|_hls|_icecast|_recovery)?$")
       set(parts 3)
     endif()
     foreach(part RANGE 1 ${parts})

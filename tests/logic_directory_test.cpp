@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "directory/genres.h"
 #include "directory/marker_search.h"
 #include "directory/page.h"
 #include "tests/directory_fixture.h"
-#include "tests/page_oracle.h"
 
 namespace directory {
 namespace {
@@ -54,27 +51,6 @@ TEST(Page, BrokenStationsTakeOverThePreviousFields) {
       {"/sbin/kestrel-playlist.pls\"><a>T", {{"", "/sbin/kestrel-playlist.pls"}}},
   };
   for (const auto& [page, expected] : cases) EXPECT_EQ(scanned(page), expected) << page;
-}
-
-TEST(Page, AnyMixtureOfPiecesScansAsThePlainScanDoes) {
-  const char* pieces[] = {"kestrel-playlist.pls",
-                          "KESTREL-PLAYLIST.PLS",
-                          "\">",
-                          "<a",
-                          "<A href=x>",
-                          "</a>",
-                          "<",
-                          ">",
-                          "Title",
-                          "/sbin/",
-                          "kestrel-"};
-  std::mt19937 random(1);
-  for (int round = 0; round < 3000; ++round) {
-    std::string page;
-    const auto count = random() % 30;
-    for (unsigned i = 0; i < count; ++i) page += pieces[random() % std::size(pieces)];
-    ASSERT_EQ(scanned(page), oracleScan(page)) << page;
-  }
 }
 
 TEST(Page, APageMadeToExplodeEndsEarly) {

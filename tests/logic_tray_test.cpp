@@ -209,21 +209,6 @@ TEST_F(TrayTest, AddsTheSelectionWhateverWasClickedLast) {
   EXPECT_EQ(tree_.subgenre(1)[0].Caption, "new");
 }
 
-TEST_F(TrayTest, OneBandwidthIsChecked) {
-  menus_.click({Control::subbit, 3});
-  for (int i = 0; i <= 5; ++i) EXPECT_EQ(tree_.subbit[i].Checked, i == 3);
-}
-
-TEST_F(TrayTest, ACancelledSearchLeavesItsStationsInert) {
-  tree_.subgenre(kSearchGenre)[0] = {"found", "http://h/f.pls"};
-  query_.setSearchText("-");
-  menus_.click(station(kSearchGenre, 0));
-  EXPECT_TRUE(transfer_.requests.empty());
-  query_.setSearchText("jazz");
-  menus_.click(station(kSearchGenre, 0));
-  EXPECT_EQ(transfer_.requests, Strings{"http://h/f.pls"});
-}
-
 TEST_F(TrayTest, GreyedOrVanishedEntriesDoNothing) {
   tree_.mnusetup.Enabled = false;
   tree_.mgenreall.Visible = false;
@@ -282,15 +267,6 @@ TEST_F(TrayTest, QuittingDuringATransferSaysNothing) {
   menus_.click(station(1, 3));
   menus_.click(station(1, 0));
   EXPECT_TRUE(desktop_.messages.empty() && actions_.calls.empty() && checked().empty());
-}
-
-TEST(Helpers, TakePathsAndNumbersApart) {
-  EXPECT_EQ(ToLng(" 12 "), 12);
-  EXPECT_EQ(ToLng("x"), 0);
-  EXPECT_EQ(RPP("C:\\a"), "C:\\a\\");
-  EXPECT_EQ(RPP("C:\\"), "C:\\");
-  EXPECT_EQ(GetFileName("C:\\a\\b.pls"), "b.pls");
-  EXPECT_EQ(GetFileName("b.pls"), "b.pls");
 }
 
 }  // namespace

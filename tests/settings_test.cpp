@@ -50,41 +50,6 @@ class SettingsDialog : public testing::Test {
   SettingsForm form_ = settingsForm(settings_, tree_);
 };
 
-TEST_F(SettingsDialog, StoresWhatItShows) {
-  form_.Check1 = form_.Check2 = false;
-  form_.Check4 = form_.Check5 = true;
-  form_.Text1 = "0035";
-  form_.Text2 = "80";
-  form_.Option1 = 2;
-  form_.Text3 = "any thing";
-  form_.ic1 = "de.kesl";
-  form_.mouse = {0, 2};
-  form_.List1[3] = false;
-  apply();
-  EXPECT_EQ(settings_.showsplash, 0);
-  EXPECT_EQ(settings_.showreloadallwindow, 0);
-  EXPECT_EQ(settings_.reloadonstartup, 1);
-  EXPECT_EQ(settings_.playerstart, 1);
-  EXPECT_EQ(settings_.maxentry, "0035");
-  EXPECT_EQ(settings_.maxchar, 80);
-  EXPECT_EQ(settings_.player, 2);
-  EXPECT_EQ(settings_.playerpath, "any thing");
-  EXPECT_EQ(settings_.language, "de.kesl");
-  EXPECT_EQ(settings_.leftmouse, 0);
-  EXPECT_EQ(settings_.rightmouse, 2);
-  EXPECT_FALSE(tree_.mgenre[3].Visible);
-  EXPECT_TRUE(tree_.mgenre[4].Visible);
-
-  const SettingsForm again = settingsForm(settings_, tree_);
-  EXPECT_EQ(again.ic1, "de.kesl");
-  EXPECT_EQ(again.Option1, 2);
-  EXPECT_EQ(again.mouse, (MouseButtons{0, 2}));
-  EXPECT_EQ(again.List1, form_.List1);
-  form_.ic1 = "build";
-  apply();
-  EXPECT_EQ(settings_.language, "0");
-}
-
 TEST_F(SettingsDialog, LeavesWhatMakesNoSenseAsItWas) {
   settings_.player = 7;
   settings_.leftmouse = 9;

@@ -9,7 +9,6 @@ from probe import middle
 
 PROGRAM = os.environ["KESTREL_PROGRAM"]  # the built program folder
 LEFT, RIGHT = 1, 3
-BM_CLICK = 0xF5
 # Controls of the player window, by id.
 PLAYER = {"play": 1001, "stop": 1002, "name": 1003, "station": 1004, "song": 1005, "bitrate": 1006,
           "format": 1007, "record": 1008, "volume": 1009, "pin": 1010, "mini": 1011, "hide": 1012}

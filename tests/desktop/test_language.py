@@ -77,15 +77,6 @@ class Language(Case):
         self.start(language="noise.kesl")
         self.assertEqual(0, self.kestrel.quit())
 
-    def test_a_language_found_only_beside_the_program_is_kept_with_the_users_files(self):
-        self.start(language="polish.kesl")
-        with open(os.path.join(FILES, "polish.kesl"), "rb") as shipped, \
-                open(os.path.join(self.kestrel.data, "lang", "polish.kesl"), "rb") as own:
-            self.assertEqual(shipped.read(), own.read())
-        self.kestrel.choose(texts("polish.kesl")["1035"])
-        self.assertEqual(0, self.kestrel.wait_end())
-        self.assertEqual("polish.kesl", self.kestrel.setting("language"))
-
 
 if __name__ == "__main__":
     unittest.main()

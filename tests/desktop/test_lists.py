@@ -105,35 +105,6 @@ class Reload(Lists):
         self.assertEqual(list(KEYS[:5]), self.genres_asked())
         self.assertTrue(self.has_list("Country"))  # the fifth is still finished
 
-    def test_a_cancelled_reload_leaves_nothing_on_the_next(self):
-        self.start(genre=genres(0, 1))
-        self.radio.switch("directory", self.slow)
-        self.reload_all()
-        self.wait_form("reloadform")
-        self.click("reloadform", IDCANCEL)
-        self.wait_no_form("reloadform", 30)
-        self.reload_all()
-        self.wait_form("reloadform")
-        self.assertTrue(self.control("reloadform", IDCANCEL).enabled)
-        self.assertEqual("", self.control("reloadform", ABORT).text)
-        self.wait_no_form("reloadform", 30)
-        self.assertEqual(["TopTen", "TopTen", "Alternative"], self.genres_asked())
-
-    def test_quit_in_the_middle_of_one(self):
-        self.kestrel.write_list("Alternative", [(b"Old", b"http://127.0.0.1:9/1")])
-        self.start()
-        self.radio.switch("directory", self.slow, 1)
-        self.reload_all()
-        self.wait_asked(1)
-        self.radio.switch("directory", "hang")
-        self.wait_asked(2)
-        begin = time.monotonic()
-        self.kestrel.quit()
-        self.assertLess(time.monotonic() - begin, 5)
-        self.assertEqual(records([(b"Old", b"http://127.0.0.1:9/1")]), self.kestrel.read_list("Alternative"))
-        self.assertTrue(self.has_list("TopTen"))
-        self.assertEqual("20", self.kestrel.setting("maxentry"))
-
     def test_a_station_plays_meanwhile_and_it_goes_on(self):
         self.kestrel.write_list("Rock", [(b"The Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
         self.start(player=2, genre=genres(0, 1, 2, 13))
@@ -240,34 +211,6 @@ class Search(Lists):
         self.desktop.key("Tab", "space")
         self.wait_results(b"soul")
 
-    def test_after_cancel_nothing_in_the_list_works_until_the_next_search(self):
-        for cancel in (lambda: self.click("searchform", IDCANCEL), lambda: self.desktop.key("Escape")):
-            self.open()
-            self.type("x")
-            cancel()
-            self.wait_no_form("searchform")
-            self.kestrel.choose("Genres", "Search", "Old Result")
-            time.sleep(0.5)
-            self.assertEqual([], self.requests())
-            self.assertTrue(self.idle())
-        self.open()
-        self.desktop.key("BackSpace", "Return")
-        self.wait_results(b"")
-
-    def test_a_click_on_the_icon_leads_back_to_the_dialog(self):
-        form = self.open()
-        self.desktop.click(self.kestrel.icon())
-        wait_for(lambda: self.desktop.probe.ask("foreground")["window"] == form.handle, "it to be in front")
-        self.assertEqual([], self.kestrel.popups())
-        self.desktop.key("Escape")
-        self.wait_no_form("searchform")
-
-    def test_the_end_of_the_session_ends_the_dialog(self):
-        self.open()
-        self.desktop.probe.send(self.kestrel.form1(), WM_ENDSESSION, 1)
-        self.assertEqual(0, self.kestrel.wait_end())
-        self.assertEqual([], self.requests())
-
 
 class Favourites(Lists):
     four = [(b"One", b"http://127.0.0.1:9/1"), (b"Two", b"http://127.0.0.1:9/2"),
@@ -336,15 +279,6 @@ class Favourites(Lists):
         wait_for(lambda: not self.control("editfavs", REMOVE).enabled, "nothing to remove")
         self.desktop.key("Escape")
         self.confirmed("One", "Two", "Three & more", "Österreich")
-
-    def test_without_the_last_one_the_file_stays(self):
-        self.begin(self.four[:1])
-        self.organise()
-        self.desktop.key("ctrl+a", "Delete", "Return")
-        self.wait_no_form("editfavs")
-        self.assertEqual([], self.titles())
-        self.kestrel.quit()
-        self.assertEqual(records(self.four[:1]), self.kestrel.read_list("favs"))
 
 
 if __name__ == "__main__":
