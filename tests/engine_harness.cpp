@@ -115,13 +115,18 @@ Folder::~Folder() {
 }
 
 int freePort() {
-  const int one = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address = loopback(0);
-  socklen_t size = sizeof address;
-  EXPECT_EQ(0, bind(one, reinterpret_cast<sockaddr*>(&address), size));
-  getsockname(one, reinterpret_cast<sockaddr*>(&address), &size);
-  ::close(one);
-  return ntohs(address.sin_port);
+  // Not one of those that the system gives to connections and to who asks for any:
+  // somebody could get it before the server does. Each process has sixteen of its own.
+  constexpr int kFirst = 16'384, kPorts = 16'384, kEach = 16;
+  static int taken = 0;
+  for (;;) {
+    const int port = kFirst + (getpid() * kEach + taken++ % kEach) % kPorts;
+    const int one = socket(AF_INET, SOCK_STREAM, 0);
+    const sockaddr_in address = loopback(port);
+    const int result = bind(one, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    ::close(one);
+    if (result == 0) return port;
+  }
 }
 
 bool isListening(int port) {
