@@ -127,14 +127,16 @@ class Https(unittest.TestCase):
             "fragments": (
                 url(self.make_hls("mp4", 770, "-c:a", "aac", "-hls_segment_type", "fmp4")), AAC, 770),
         }
-        started = {name: self.probe(case[0], 1.5) for name, case in cases.items()}
+        # A second of sound, however long that takes.
+        started = {name: self.probe(case[0], 20, "--until", "20000") for name, case in cases.items()}
         for name, (_, kind, frequency) in cases.items():
             with self.subTest(name):
                 answer = Answer(*started[name])
                 self.assertEqual(0, answer.code, answer.lines)
                 self.assertEqual(kind, (answer.first("type") or "").split(" ")[0], answer.lines)
                 self.assertTrue(answer.hears(frequency))
-        self.assertIn("icy-name:" + self.station.name.decode(), Answer(*self.probe(url(self.stream), 0)).all("header"))
+                if kind == MP3:
+                    self.assertIn("icy-name:" + self.station.name.decode(), answer.all("header"))
 
     def test_tells_what_is_wrong_with_a_server(self):
         url = self.nginx.url
