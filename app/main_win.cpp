@@ -2,6 +2,7 @@
 
 #include <shlobj.h>
 
+#include <exception>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -42,8 +43,13 @@ class Starter {
 
   void loadForm1() {
     if (std::exchange(loaded_, true)) return;  // the timer runs on while messages show
-    program_ = std::make_unique<Program>(startup_, captions_);
-    if (!program_->start()) PostQuitMessage(1);
+    try {
+      program_ = std::make_unique<Program>(startup_, captions_);
+      if (!program_->start()) PostQuitMessage(1);
+    } catch (const std::exception&) {  // no memory, no window
+      MessageBoxW(nullptr, L"Kestrel can't be started.", L"Kestrel", MB_ICONERROR);
+      PostQuitMessage(1);
+    }
     splash_.reset();
   }
 

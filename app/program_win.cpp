@@ -71,6 +71,7 @@ Program::Program(const Startup& startup, Captions& captions)
 }
 
 Program::~Program() {
+  shutDown();      // where somebody else has ended the message loop
   queue_.close();  // labels that playback's end still writes have nowhere to go
 }
 

@@ -123,6 +123,7 @@ void ladesettings(const Paths& paths, Settings& settings, MenuTree& tree) {
   const std::string file = paths.inData("\\settings.cfg");
   if (!fileExists(file)) return;
   const auto text = readWhole(file);
+  if (text && settings.unread) readEarlySettings(*text, settings);
   settings.unread = !text;
   if (text) applySettings(*text, settings, tree);
 }

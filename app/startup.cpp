@@ -38,7 +38,9 @@ Startup prepareStartup(std::string_view appdata, std::string_view program_folder
   const std::string file = start.paths.find("\\settings.cfg");
   start.firstrun = file.empty();
   if (!start.firstrun) {
-    if (const auto text = readWhole(file)) readEarlySettings(*text, start.settings);
+    const auto text = readWhole(file);
+    start.settings.unread = !text;
+    if (text) readEarlySettings(*text, start.settings);
   }
   preloadLanguage(start);
   return start;

@@ -71,8 +71,7 @@ void EntryForm::onCommand(int id, int notification) {
       return;
     case IDOK:
       if (IsWindowEnabled(control(IDOK)) == FALSE) return;  // Enter comes all the same
-      answer_ = directory::OwnEntry{window::toNarrow(window::windowText(control(kIdText1))),
-                                    window::toNarrow(window::windowText(control(kIdText2)))};
+      answer_ = typed();
       return end();
     case IDCANCEL:
       return end();
@@ -87,7 +86,6 @@ directory::OwnEntry EntryForm::typed() const {
 }
 
 void EntryForm::updateOk() {
-  const directory::OwnEntry entry = typed();
   const bool complete =
       GetWindowTextLengthW(control(kIdText1)) > 0 && GetWindowTextLengthW(control(kIdText2)) > 0;
   EnableWindow(control(IDOK), complete ? TRUE : FALSE);

@@ -100,8 +100,6 @@ void Form3::onCommand(int id, int) {
     case kLabel4:
       return checkupdate();
     case kLabel7:
-      pressed_.erase(kLabel7);
-      InvalidateRect(control(kLabel7), nullptr, FALSE);
       return openPage(page(hosts_.donate));
     case kLabel6:
       return openPage(page(hosts_.website));

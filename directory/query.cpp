@@ -29,6 +29,10 @@ class LoadingCaption {
   tray::TrayIcon& icon_;
 };
 
+bool isOvertaken(const TransferResult& result) {
+  return result.outcome == Outcome::superseded || result.outcome == Outcome::ended;
+}
+
 // An address without a file name ends in things like "com/stream", one with a
 // query in "pls?id=1": no file can be called that.
 bool canEndFileName(std::string_view extension) {
@@ -56,6 +60,7 @@ std::string withCrLf(std::string_view text) {
 
 TransferResult Query::get(const std::string& url) {
   TransferResult result = parts_.transfer.get(url);
+  ended_ = ended_ || result.outcome == Outcome::ended;
   if (result.outcome == Outcome::completed) last_transfer_state_ = kTransferCompleted;
   // A server that keeps silent is as good as none to whoever reads the state.
   if (result.outcome == Outcome::failed || result.outcome == Outcome::timed_out) {
@@ -86,7 +91,7 @@ Query::Answer Query::refuse(std::string_view message) {
 
 Query::Answer Query::ladeonline(int slot, Mode mode, bool asSearch, const std::string& checked) {
   const TransferResult page = get(queryUrl(slot, asSearch));
-  if (page.outcome == Outcome::superseded) return Answer::superseded;
+  if (isOvertaken(page)) return Answer::superseded;
   if (page.outcome != Outcome::completed) return refuse(parts_.messages.msgnotonline);
 
   const LoadingCaption loading(parts_.icon);
@@ -119,7 +124,7 @@ Query::Answer Query::fetchPlaylist(const std::string& url) {
   if (parts_.launcher.refuses(extension)) return refuse(kBadEntry);
 
   const TransferResult playlist = get(url);
-  if (playlist.outcome == Outcome::superseded) return Answer::superseded;
+  if (isOvertaken(playlist)) return Answer::superseded;
   if (playlist.outcome == Outcome::timed_out) return refuse(kTimeout);
   if (playlist.outcome == Outcome::failed) return refuse(parts_.messages.msgnotonline);
 

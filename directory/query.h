@@ -77,6 +77,9 @@ class Query {
   /// State of the last transfer, 11 (failed) or 12 (complete); 0 before the first.
   [[nodiscard]] int lastTransferState() const { return last_transfer_state_; }
 
+  /// The program ends: every further answer will be superseded.
+  [[nodiscard]] bool hasEnded() const { return ended_; }
+
  private:
   TransferResult get(const std::string& url);
   std::string queryUrl(int slot, bool asSearch) const;
@@ -87,6 +90,7 @@ class Query {
   QueryParts parts_;
   std::string search_text_;
   int last_transfer_state_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace directory

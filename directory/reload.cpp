@@ -42,6 +42,7 @@ bool Reload::reloadfunc(int genre) {
     parts_.icon.setCaption("Loading Data");  // each answer has set it back
     const auto answer = parts_.query.refresh(genre, Query::Mode::reload, {});
     if (answer != Query::Answer::superseded) return answer != Query::Answer::failed;
+    if (parts_.query.hasEnded()) return false;
     if (!overtaken(turn)) working();  // what came in between has set the icon back
   }
   return true;

@@ -145,7 +145,10 @@ std::optional<std::vector<OwnEntry>> StationLists::specials() const {
 
 bool StationLists::writeSpecials(const std::vector<OwnEntry>& rows) {
   const std::string old = paths_.find(kSpecialFile);
-  if (rows.empty() && old.empty()) return true;  // an empty file would show a menu
+  if (rows.empty() && old.empty()) {  // an empty file would show a menu
+    specialreloaded();
+    return true;
+  }
   if (!old.empty() && !app::readWhole(old)) return false;
   std::string text;
   for (const OwnEntry& row : rows) appendOwnRecord(text, row.title, row.url);
@@ -158,9 +161,15 @@ bool StationLists::writeSpecials(const std::vector<OwnEntry>& rows) {
 bool StationLists::menueinlesen(std::string_view page, std::string_view host, int slot,
                                 std::string_view checked) {
   const auto stations = scanPage(page);
-  if (stations.empty()) return false;
-
   MenuArray& menu = tree_.subgenre(slot);
+  const auto mark = [&] {
+    if (checked.empty()) return;
+    for (MenuItem& item : menu) item.Checked = item.Checked || item.Tag == checked;
+  };
+  if (stations.empty()) {
+    mark();  // the list stays, and so does what plays
+    return false;
+  }
   menu.unloadAbove(0);
   menu.reserve(stations.size() + 2);
   const std::string address = "http://" + std::string(host);
@@ -177,10 +186,7 @@ bool StationLists::menueinlesen(std::string_view page, std::string_view host, in
   app::makeFolder(paths_.inData("\\data"));
   // Without the file the menu still serves this run.
   caches_.replace(paths_.inData("\\data\\" + tree_.mgenre[slot].Tag + ".dat"), std::move(file));
-
-  if (!checked.empty()) {
-    for (MenuItem& item : menu) item.Checked = item.Checked || item.Tag == checked;
-  }
+  mark();
   return true;
 }
 

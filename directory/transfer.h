@@ -10,7 +10,8 @@ struct TransferResult {
     completed,   ///< the whole body arrived (of any HTTP status)
     timed_out,   ///< one of the transfer's time limits passed
     failed,      ///< refused, unresolved, cut off, too large, not HTTP
-    superseded,  ///< a newer request or the program's end took its place: say nothing
+    superseded,  ///< a newer request took its place: say nothing
+    ended,       ///< the program ends: say nothing, and ask for nothing more
   };
   Outcome outcome = Outcome::failed;
   std::string body;  ///< bytes as received; empty unless completed
@@ -26,7 +27,7 @@ class Transfer {
   /// `url` is sent as it stands, blanks and all.
   [[nodiscard]] virtual TransferResult get(std::string_view url) = 0;
 
-  /// Ends a waiting get() as superseded, and every later one at once.
+  /// Ends a waiting get(), and every later one at once.
   virtual void shutDown() = 0;
 };
 

@@ -193,7 +193,7 @@ HINTERNET WinHttpTransfer::connection(const Url& url) {
 
 TransferResult WinHttpTransfer::get(std::string_view address) {
   const std::uint64_t generation = ++generation_;
-  if (shut_down_) return {Outcome::superseded, {}};
+  if (shut_down_) return {Outcome::ended, {}};
   const auto url = splitUrl(address);
   if (!url || !openSession()) return {};
   const HINTERNET host = connection(*url);
@@ -209,7 +209,8 @@ TransferResult WinHttpTransfer::wait(Request& request, std::uint64_t generation)
   const ULONGLONG start = GetTickCount64();
   const HANDLE finished = request.finished();
   for (;;) {
-    if (shut_down_ || generation != generation_) return {Outcome::superseded, {}};
+    if (shut_down_) return {Outcome::ended, {}};
+    if (generation != generation_) return {Outcome::superseded, {}};
     if (WaitForSingleObject(finished, 0) == WAIT_OBJECT_0) return request.takeResult();
 
     const ULONGLONG now = GetTickCount64();

@@ -41,7 +41,6 @@ std::optional<Url> splitUrl(std::string_view address) {
 
   std::string_view authority = address.substr(0, address.find_first_of("/?#"));
   url.target = address.substr(authority.size());
-  url.target = url.target.substr(0, url.target.find('#'));
   if (const auto at = authority.rfind('@'); at != authority.npos) authority.remove_prefix(at + 1);
 
   const auto bracket = authority.find(']');

@@ -63,6 +63,7 @@ OpenedSource Connection::tryOpen() {
 }
 
 bool Connection::isComplete() const {
+  if (!source_) return false;
   if (source_->isOver()) return true;
   return file_length_ ? received_ >= *file_length_ : lengthOf(head_) == brought_;
 }
@@ -72,7 +73,7 @@ std::optional<std::string> Connection::takeTitle() {
 }
 
 bool Connection::openAgain() {
-  source_.reset();
+  close();
   if (brought_ >= kGoodBytes) pause_ = kFirstPause;
   NetworkWatch network;
   for (;;) {
@@ -112,6 +113,7 @@ bool Connection::pause(NetworkWatch& network) {
 }
 
 NetError Connection::read(uint8_t* to, size_t room, size_t& got) {
+  if (!source_) return NetError::failed;
   for (;;) {
     if (to_skip_ != 0 && to_skip_ < room) room = static_cast<size_t>(to_skip_);
     const NetError error = source_->read(to, room, got);

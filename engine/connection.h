@@ -25,6 +25,8 @@ class Connection {
   /// Waits and tries until there is a connection again. False: there will be none
   /// (interrupted, or the server says that the stream is gone).
   bool openAgain();
+  /// Drops the connection: nothing can be read until there is another.
+  void close() { source_.reset(); }
   /// All that the server announced is here.
   bool isComplete() const;
 

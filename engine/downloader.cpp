@@ -12,6 +12,7 @@ constexpr size_t kReadSize = 16 * 1024;
 // network costs, a little later costs nothing.
 constexpr unsigned kLongestNap = 250;
 constexpr unsigned kSmallestCushion = 100;
+constexpr auto kMemoryRetry = std::chrono::milliseconds(100);
 
 }  // namespace
 
@@ -65,8 +66,13 @@ bool Downloader::isAccepted() {
 void Downloader::run() {
   id_ = std::this_thread::get_id();
   Connection connection(url_, interrupt_, status_);
-  const NetError error = connection.open();
-  if (error == NetError::none) head_ = connection.head();
+  NetError error = NetError::failed;
+  try {
+    error = connection.open();
+    if (error == NetError::none) head_ = connection.head();
+  } catch (const std::exception&) {
+    error = NetError::failed;
+  }
   {
     const threads::Lock lock(mutex_);
     answered_ = true;
@@ -74,13 +80,16 @@ void Downloader::run() {
     changed_.notifyAll();
   }
   if (error != NetError::none) return;
-  do {
+  for (bool more = true; more;) {
     try {
       download(connection);
+      more = !connection.isComplete() && isAccepted() && connection.openAgain();
     } catch (const std::exception&) {
       // Out of memory: the next connection may fare better.
+      connection.close();
+      more = !interrupt_.wait(kMemoryRetry);
     }
-  } while (!connection.isComplete() && isAccepted() && connection.openAgain());
+  }
   buffer_.finish();
 }
 

@@ -10,6 +10,7 @@ namespace engine {
 namespace {
 
 constexpr auto kDeviceRetry = std::chrono::milliseconds(1000);
+constexpr auto kMemoryRetry = std::chrono::milliseconds(100);
 // So long before the device falls silent its last sound is handed over.
 constexpr std::chrono::milliseconds kFadeTime(40);
 // Of what is kept back, so much sounds after a stop.
@@ -52,7 +53,11 @@ bool Playback::waitForPlay() {
 }
 
 void Playback::run() {
-  openOutput();
+  try {
+    openOutput();
+  } catch (const std::exception&) {
+    // Out of memory: the first sound asks for one again.
+  }
   if (waitForPlay()) playSound();
   // Here and not with the object: only this thread may wait for a device.
   output_.reset();
@@ -60,8 +65,16 @@ void Playback::run() {
 }
 
 void Playback::playSound() {
-  decodeAll();
-  endSound();
+  for (bool over = false; !over;) {
+    try {
+      decodeAll();
+      endSound();
+      over = true;
+    } catch (const std::exception&) {
+      // Out of memory: the bytes that follow may fare better.
+      over = interrupt_.wait(kMemoryRetry);
+    }
+  }
 }
 
 void Playback::decodeAll() {

@@ -21,10 +21,12 @@ bool loadLibrary(const AudioSetup& setup, const std::string& folder) {
   }
   // A file that does not load, or lacks a function, is another library as much as
   // one with another version number.
-  if (!setup.load(path, setup.library) || setup.library.GetVersion() >> 16 != kVersion) {
+  AudioLibrary found;
+  if (!setup.load(path, found) || found.GetVersion() >> 16 != kVersion) {
     setup.desktop.messageBox("BASS version 2.3 was not loaded", "Incorrect BASS.DLL", kCritical);
     return false;
   }
+  setup.library = found;
   return true;
 }
 

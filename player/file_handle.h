@@ -21,11 +21,16 @@ class FileHandle {
   /// Creates the file, or empties the one of that path (see app/files.h). Refuses a
   /// symbolic link, and whatever else is no plain file.
   [[nodiscard]] bool create(const std::string& path);
+  /// Opens a file that is there, with the same refusals, to write behind its end.
+  [[nodiscard]] bool append(const std::string& path);
   [[nodiscard]] bool write(std::span<const std::byte> bytes);
   [[nodiscard]] bool flush();
   void close();
 
  private:
+  enum class Mode { create, append };
+  bool open(const std::string& path, Mode mode);
+
   static constexpr std::intptr_t kInvalid = -1;
   std::intptr_t handle_ = kInvalid;
 };

@@ -16,12 +16,20 @@ int native(std::intptr_t handle) {
 }  // namespace
 
 bool FileHandle::create(const std::string& path) {
+  return open(path, Mode::create);
+}
+
+bool FileHandle::append(const std::string& path) {
+  return open(path, Mode::append);
+}
+
+bool FileHandle::open(const std::string& path, Mode mode) {
   close();
   std::string native_path = path;
   std::replace(native_path.begin(), native_path.end(), '\\', '/');
   // Without O_NONBLOCK, a pipe would be waited for.
-  handle_ = ::open(native_path.c_str(),
-                   O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  const int how = mode == Mode::create ? O_CREAT | O_TRUNC : O_APPEND;
+  handle_ = ::open(native_path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | how, 0666);
   struct stat status = {};
   if (isOpen() && (fstat(native(handle_), &status) != 0 || !S_ISREG(status.st_mode))) close();
   return isOpen();

@@ -24,11 +24,21 @@ bool isLink(const std::wstring& path) {
 }  // namespace
 
 bool FileHandle::create(const std::string& path) {
+  return open(path, Mode::create);
+}
+
+bool FileHandle::append(const std::string& path) {
+  return open(path, Mode::append);
+}
+
+bool FileHandle::open(const std::string& path, Mode mode) {
   close();
   const std::wstring wide = window::toWide(path);
   if (isLink(wide)) return false;
-  handle_ = reinterpret_cast<std::intptr_t>(CreateFileW(
-      wide.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const bool creates = mode == Mode::create;
+  handle_ = reinterpret_cast<std::intptr_t>(
+      CreateFileW(wide.c_str(), creates ? GENERIC_WRITE : FILE_APPEND_DATA, 0, nullptr,
+                  creates ? CREATE_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (isOpen() && GetFileType(native(handle_)) != FILE_TYPE_DISK) close();
   return isOpen();
 }

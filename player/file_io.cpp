@@ -16,10 +16,17 @@ bool clsFileIo::CloseFile() {
   return true;
 }
 
+bool clsFileIo::ContinueFile() {
+  return !file_name_.empty() && file_.append(file_name_);
+}
+
 bool clsFileIo::WriteBytes(std::span<const std::byte> block, bool& SyncFound) {
   if (file_name_.empty() || !file_.isOpen()) return false;
-  if (!SyncFound) SyncFound = writeFirstHeader(block) && file_.flush();
-  if (!SyncFound) return false;
+  if (!SyncFound) {
+    SyncFound = writeFirstHeader(block);
+    if (!SyncFound) return false;
+    static_cast<void>(file_.flush());
+  }
   return file_.write(block) && file_.flush();
 }
 

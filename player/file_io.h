@@ -19,6 +19,9 @@ class clsFileIo {
   /// False if none was open.
   bool CloseFile();
 
+  /// Opens the last file again to go on behind its end; false if it is gone.
+  [[nodiscard]] bool ContinueFile();
+
   /// Appends a block of the stream. Nothing is written, and false returned, while
   /// the file is without a header and the block has none either; `SyncFound`
   /// tells of the file's first header and is set when it comes.

@@ -130,12 +130,21 @@ void Playback::PlayStreamThread(int entry) {
       readHeaders();
       play();
     }
-  } catch (const std::exception&) {  // no memory: nothing plays
-    show(&PlayerView::lblSong, "not playing");
+  } catch (const std::exception&) {  // no memory
+    active_ = false;
+    showNothingPlays();
   }
   const threads::Lock lock(mutex_);
   playerthread_ = false;
   if (ended_) showEnd();
+}
+
+void Playback::showNothingPlays() noexcept {
+  try {
+    show(&PlayerView::lblSong, "not playing");
+    parts_.view.showPlaying(false);
+  } catch (const std::exception&) {  // not even memory to say so
+  }
 }
 
 bool Playback::openStream(int entry) {

@@ -79,6 +79,7 @@ class Playback {
   bool fillBuffer();
   void readHeaders();
   void play();
+  void showNothingPlays() noexcept;
 
   // Any thread.
   void DoMeta(const char* tag);

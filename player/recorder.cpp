@@ -1,5 +1,7 @@
 #include "player/recorder.h"
 
+#include <utility>
+
 #include "player/record_name.h"
 
 namespace player {
@@ -8,10 +10,10 @@ void Recorder::begin() {
   const threads::Lock file_lock(file_mutex_);
   file_.CloseFile();
   const threads::Lock lock(state_mutex_);
-  const unsigned changes = state_.changes + 1;
-  state_ = {};
+  state_.RecordFile.clear();
+  state_.resumes = state_.FileOpen;
   state_.ended = false;
-  state_.changes = changes;
+  ++state_.changes;
 }
 
 void Recorder::end() {
@@ -31,6 +33,7 @@ void Recorder::title(std::string_view CurrentTitle) {
     state_.LastTitle = CurrentTitle;
     state_.FileOpen = false;
     state_.SyncFound = false;
+    state_.resumes = false;
     ++state_.changes;
   }
   state_.RecordFile = std::move(path);
@@ -52,6 +55,10 @@ void Recorder::record(State& now, std::span<const std::byte> block) {
   }
   if (!now.FileOpen) file_.CloseFile();
   if (now.RecordFile.empty()) return;
+  if (now.FileOpen && std::exchange(now.resumes, false) && !file_.ContinueFile()) {
+    now.FileOpen = false;
+    now.SyncFound = false;
+  }
   if (!now.FileOpen) now.FileOpen = file_.OpenFile(now.RecordFile);
   if (!now.FileOpen) {
     now.SyncFound = false;
@@ -79,6 +86,7 @@ void Recorder::store(const State& outcome) {
   if (state_.changes != outcome.changes) return;  // a title came meanwhile: begin anew
   state_.FileOpen = outcome.FileOpen;
   state_.SyncFound = outcome.SyncFound;
+  state_.resumes = outcome.resumes;
 }
 
 }  // namespace player

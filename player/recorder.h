@@ -22,7 +22,8 @@ class Recorder {
   /// Recording wanted.
   std::atomic<bool> recordflag = false;
 
-  /// A new stream: nothing is recorded before its first title.
+  /// A new stream: nothing is recorded before its first title. If that is the last
+  /// one's title still, its file goes on.
   void begin();
   /// The stream has ended: closes the file, and ignores what still arrives.
   void end();
@@ -43,6 +44,7 @@ class Recorder {
     bool FileOpen = false;
     bool SyncFound = false;
     bool ended = true;
+    bool resumes = false;  ///< the file of the title was closed by the end of a stream
     unsigned changes = 0;  // counts what makes a block's own outcome outdated
   };
 

@@ -36,7 +36,8 @@ class FakeTransfer final : public directory::Transfer {
     requests.emplace_back(url);
     const std::size_t request = requests.size();
     if (while_waiting) std::exchange(while_waiting, nullptr)();
-    if (shut_down_ || request != requests.size()) return {Outcome::superseded, {}};
+    if (shut_down_) return {Outcome::ended, {}};
+    if (request != requests.size()) return {Outcome::superseded, {}};
     if (answers.empty()) return {};
     auto result = std::move(answers.front());
     answers.pop_front();

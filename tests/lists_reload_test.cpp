@@ -268,6 +268,14 @@ TEST_F(ReloadTest, TheEndOfTheProgramEndsItAndNothingFollows) {
   EXPECT_EQ(reloadform_.shown, 1) << "no window comes up any more";
 }
 
+TEST_F(ReloadTest, ATransferThatAnswersNoMoreEndsIt) {
+  answerPages(19);
+  during(6, [&] { transfer_.shutDown(); });  // somebody else has ended the message loop
+  reload_.reloadall();
+  EXPECT_EQ(transfer_.requests.size(), 6u);
+  EXPECT_TRUE(desktop_.messages.empty());
+}
+
 class SearchTest : public ReloadTest {
  protected:
   SearchTest() {

@@ -118,8 +118,10 @@ TEST_F(DirectoryTest, AsksTheDirectoryInItsOwnWords) {
 TEST_F(DirectoryTest, AGenreWithoutStationsIsSearchedForOnceAndTheSearchListNever) {
   putFile(data("Jazz.dat"), "old%#$http://old\r\n");
   for (int i = 0; i < 3; ++i) transfer_.answer("<html>nothing</html>");
+  tree_.subgenre(7)[0].Tag = "http://old";
   const Entries before = entries(tree_.subgenre(7));
-  EXPECT_EQ(query_.refresh(7, Query::Mode::click, {}), Answer::no_station);
+  EXPECT_EQ(query_.refresh(7, Query::Mode::click, "http://old"), Answer::no_station);
+  EXPECT_TRUE(tree_.subgenre(7)[0].Checked) << "the station that plays";
   ASSERT_EQ(transfer_.requests.size(), 2u);
   EXPECT_NE(transfer_.requests[1].find("?s=Jazz&"), std::string::npos);
   EXPECT_EQ(query_.refresh(19, Query::Mode::click, {}), Answer::no_station);

@@ -91,10 +91,18 @@ TEST_F(RecorderTest, WritesWhatBelongsToTheTitleAndNothingElse) {
       {"no title", [&] { recorder.title(""), bytes(kBlock); }, std::string(kRecorded), 1},
       {"switched off", [&] { recorder.recordflag = false, bytes("unwanted"); },
        std::string(kRecorded), 1},
+      {"switched off and on: a new file that needs no header",
+       [&] {
+         recorder.recordflag = false, bytes("unwanted");
+         recorder.recordflag = true, bytes("more");
+       },
+       "more", 1},
       {"the end", [&] { recorder.end(), recorder.title("U"), bytes(kBlock); },
        std::string(kRecorded), 1},
       {"the end of the download", [&] { recorder.downloadEnded(), bytes(kBlock), bytes("x"); },
        std::string(kRecorded), 1},
+      {"the same title after a stop",
+       [&] { recorder.end(), recorder.begin(), recorder.title("T"), bytes("more"); }, more, 1},
       {"the next station has no title yet",
        [&] { recorder.end(), recorder.begin(), bytes(kBlock), bytes(kBlock); },
        std::string(kRecorded), 1},
@@ -105,6 +113,7 @@ TEST_F(RecorderTest, WritesWhatBelongsToTheTitleAndNothingElse) {
     for (const char* old : {"T.mp3", "U.mp3"}) folder.remove(old);
     recorder.recordflag = true;
     recorder.begin();
+    recorder.title("before");
     recorder.title("T");
     bytes(kBlock);
     each.then();

@@ -16,7 +16,7 @@ TEST(Url, SplitsWhatARequestNeeds) {
   };
   const Case cases[] = {
       {"http://a.example", "a.example", 80, false, ""},
-      {"HTTP://a.example:8000/x y?q=1&z#part", "a.example", 8000, false, "/x y?q=1&z"},
+      {"HTTP://a.example:8000/x y?q=1&z#part", "a.example", 8000, false, "/x y?q=1&z#part"},
       {"https://a.example/b:80/", "a.example", 443, true, "/b:80/"},
       {"http://user:pw@a.example?q", "a.example", 80, false, "?q"},
       {"http://[::1]:81/;", "::1", 81, false, "/;"},
