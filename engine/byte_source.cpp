@@ -26,20 +26,30 @@ bool isRedirect(int status) {
   return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
+// Some gateways speak no HTTP 1.0 (RFC 9110: upgrade required, version not supported).
+bool wantsNewer(const ResponseHead& head) {
+  return head.status == 426 || head.status == 505;
+}
+
 }  // namespace
 
 OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                         const ByteRange& range) {
   Url next = url;
+  Asking asking{range};
   for (int hop = 0; hop <= kMostRedirects; ++hop) {
     const auto open = next.secure ? openHttps : openHttp;
-    OpenedSource opened = open(next, interrupt, status, range);
+    OpenedSource opened = open(next, interrupt, status, asking);
     if (!opened.source) return opened;
     opened.url = next;
     const ResponseHead head = opened.source->head();
     status(headTexts(head));
     if (head.status == 200 || (!range.isAll() && beginsAt(head, range.from))) return opened;
     if (isFinal(head)) return {nullptr, NetError::gone};
+    if (wantsNewer(head) && !asking.newer) {
+      asking.newer = true;
+      continue;
+    }
     if (!isRedirect(head.status)) break;
     const auto target = resolveRedirect(next, head.value("location"));
     if (!target) break;

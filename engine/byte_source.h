@@ -42,11 +42,19 @@ using StatusSink = std::function<void(const std::string& text)>;
 OpenedSource openSource(const Url& url, const Interrupt& interrupt, const StatusSink& status,
                         const ByteRange& range = {});
 
+/// How a server is asked.
+struct Asking {
+  ByteRange range;
+  /// In HTTP 1.1 and not 1.0, which leaves the server no chunks, and which old radio
+  /// servers know best.
+  bool newer = false;
+};
+
 /// One answer over a plain connection.
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                      const ByteRange& range);
+                      const Asking& asking);
 /// One answer over TLS, from a server whose certificate the system trusts.
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                       const ByteRange& range);
+                       const Asking& asking);
 
 }  // namespace engine

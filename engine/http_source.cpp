@@ -23,7 +23,7 @@ class HttpSource final : public ByteSource {
   HttpSource(std::unique_ptr<Link> link, const Interrupt& interrupt)
       : interrupt_(interrupt), link_(std::move(link)) {}
 
-  NetError open(const Url& url, const StatusSink& status, const ByteRange& range);
+  NetError open(const Url& url, const StatusSink& status, const Asking& asking);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
@@ -38,19 +38,19 @@ class HttpSource final : public ByteSource {
   size_t early_taken_ = 0;
 };
 
-// 1.0, since a stream has no use for chunks and old radio servers know nothing else.
-std::string requestText(const Url& url, const ByteRange& range) {
-  return "GET " + url.path + " HTTP/1.0\r\nHost: " + url.hostHeader() +
+std::string requestText(const Url& url, const Asking& asking) {
+  return "GET " + url.path + (asking.newer ? " HTTP/1.1" : " HTTP/1.0") +
+         "\r\nHost: " + url.hostHeader() +
          "\r\nUser-Agent: Kestrel/" KESTREL_VERSION "\r\nAccept: */*\r\nIcy-MetaData: 1\r\n" +
-         range.header() + "Connection: close\r\n\r\n";
+         asking.range.header() + "Connection: close\r\n\r\n";
 }
 
-NetError HttpSource::open(const Url& url, const StatusSink& status, const ByteRange& range) {
+NetError HttpSource::open(const Url& url, const StatusSink& status, const Asking& asking) {
   status(std::string("connecting...") + '\0');
   if (const NetError error = connect(url); error != NetError::none) return error;
   status(std::string("waiting for the server...") + '\0');
   const auto deadline = Clock::now() + kAnswerTime;
-  const NetError error = link_->sendAll(requestText(url, range), deadline);
+  const NetError error = link_->sendAll(requestText(url, asking), deadline);
   return error != NetError::none ? error : readHead(deadline);
 }
 
@@ -104,9 +104,9 @@ NetError HttpSource::read(uint8_t* to, size_t room, size_t& got) {
 }  // namespace
 
 OpenedSource openOver(std::unique_ptr<Link> link, const Url& url, const Interrupt& interrupt,
-                      const StatusSink& status, const ByteRange& range) {
+                      const StatusSink& status, const Asking& asking) {
   auto source = std::make_unique<HttpSource>(std::move(link), interrupt);
-  const NetError error = source->open(url, status, range);
+  const NetError error = source->open(url, status, asking);
   if (error != NetError::none) return {nullptr, error};
   const bool chunked = startsWithAnyCase(source->head().value("transfer-encoding"), "chunked");
   if (!chunked) return {std::move(source), NetError::none};
@@ -114,8 +114,8 @@ OpenedSource openOver(std::unique_ptr<Link> link, const Url& url, const Interrup
 }
 
 OpenedSource openHttp(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                      const ByteRange& range) {
-  return openOver(std::make_unique<Socket>(interrupt), url, interrupt, status, range);
+                      const Asking& asking) {
+  return openOver(std::make_unique<Socket>(interrupt), url, interrupt, status, asking);
 }
 
 }  // namespace engine

@@ -157,8 +157,8 @@ NetError TlsLink::read(uint8_t* to, size_t room, Clock::time_point deadline, siz
 }  // namespace
 
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                       const ByteRange& range) {
-  return openOver(std::make_unique<TlsLink>(url.host, interrupt), url, interrupt, status, range);
+                       const Asking& asking) {
+  return openOver(std::make_unique<TlsLink>(url.host, interrupt), url, interrupt, status, asking);
 }
 
 }  // namespace engine

@@ -84,12 +84,12 @@ class HttpsSource final : public ByteSource {
  public:
   explicit HttpsSource(const Interrupt& interrupt) : interrupt_(interrupt) {}
 
-  NetError open(const Url& url, const ByteRange& range);
+  NetError open(const Url& url, const Asking& asking);
   const ResponseHead& head() const override { return head_; }
   NetError read(uint8_t* to, size_t room, size_t& got) override;
 
  private:
-  bool prepare(const Url& url);
+  bool prepare(const Url& url, bool newer);
   NetError wait(DWORD milliseconds);
   NetError readHead();
   NetError fetchMore(DWORD patience);
@@ -103,7 +103,7 @@ class HttpsSource final : public ByteSource {
   size_t taken_ = 0;    ///< of them
 };
 
-bool HttpsSource::prepare(const Url& url) {
+bool HttpsSource::prepare(const Url& url, bool newer) {
   session_.reset(WinHttpOpen(L"Kestrel/" KESTREL_VERSION, WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
                              nullptr, nullptr, WINHTTP_FLAG_ASYNC));
   if (!session_) return false;
@@ -112,8 +112,9 @@ bool HttpsSource::prepare(const Url& url) {
   if (!connection_) return false;
   // 1.0, which forbids chunks: Wine keeps a chunk to itself until the next one begins,
   // and may block meanwhile.
-  request_.reset(WinHttpOpenRequest(connection_.get(), L"GET", wide(url.path).c_str(), L"HTTP/1.0",
-                                    nullptr, nullptr, WINHTTP_FLAG_SECURE));
+  request_.reset(WinHttpOpenRequest(connection_.get(), L"GET", wide(url.path).c_str(),
+                                    newer ? L"HTTP/1.1" : L"HTTP/1.0", nullptr, nullptr,
+                                    WINHTTP_FLAG_SECURE));
   if (!request_) return false;
   // Redirects are followed where plain ones are, which may lead from one to the other.
   DWORD never = WINHTTP_DISABLE_REDIRECTS;
@@ -149,10 +150,10 @@ NetError HttpsSource::wait(DWORD milliseconds) {
   return NetError::timeout;
 }
 
-NetError HttpsSource::open(const Url& url, const ByteRange& range) {
-  if (!prepare(url)) return NetError::failed;
-  if (!WinHttpSendRequest(request_.get(), headers(range).c_str(), static_cast<DWORD>(-1), nullptr,
-                          0, 0, reinterpret_cast<DWORD_PTR>(exchange_))) {
+NetError HttpsSource::open(const Url& url, const Asking& asking) {
+  if (!prepare(url, asking.newer)) return NetError::failed;
+  if (!WinHttpSendRequest(request_.get(), headers(asking.range).c_str(), static_cast<DWORD>(-1),
+                          nullptr, 0, 0, reinterpret_cast<DWORD_PTR>(exchange_))) {
     return netError(GetLastError());
   }
   if (const NetError error = wait(kAnswerTime); error != NetError::none) return error;
@@ -224,10 +225,10 @@ NetError HttpsSource::read(uint8_t* to, size_t room, size_t& got) {
 }  // namespace
 
 OpenedSource openHttps(const Url& url, const Interrupt& interrupt, const StatusSink& status,
-                       const ByteRange& range) {
+                       const Asking& asking) {
   status(std::string("connecting...") + '\0');
   auto source = std::make_unique<HttpsSource>(interrupt);
-  const NetError error = source->open(url, range);
+  const NetError error = source->open(url, asking);
   if (error != NetError::none) return {nullptr, error};
   return {std::move(source), NetError::none};
 }

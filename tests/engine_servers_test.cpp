@@ -85,6 +85,24 @@ TEST(Servers, ThatDoWrongAreHeardOrToldOfAndLeftAtOnce) {
   }
 }
 
+TEST(Servers, ThatRefuseTheOldProtocolAreAskedInTheNewOne) {
+  for (const char* refusal : {"426 Upgrade Required", "505 Not Supported"}) {
+    Listener listener;
+    Session session;
+    ScriptedServer server;
+    std::thread serving([&] {
+      EXPECT_NE(std::string::npos, server.accept().find("GET / HTTP/1.0\r\n"));
+      server.send(std::string("HTTP/1.1 ") + refusal + "\r\n\r\n");
+      server.close();
+      EXPECT_NE(std::string::npos, server.accept().find("GET / HTTP/1.1\r\n"));
+      server.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + chunk(sound()));
+    });
+    EXPECT_NE(0u, listener.play(server.url())) << refusal;
+    serving.join();
+    EXPECT_GT(rootMeanSquare(session.listen(0.8)), 0.01) << refusal;
+  }
+}
+
 TEST(Servers, ThatStallForLessThanTheBufferAreNotHeardToDoSo) {
   Listener listener;
   Session session;
