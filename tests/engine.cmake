@@ -7,7 +7,7 @@ if(NOT WIN32)
     DEMO_RADIO="$<TARGET_FILE:demo_radio>" DEMO_SOUNDS="$<TARGET_FILE_DIR:demo_radio>/sounds"
     AAC_PLUGIN="$<TARGET_FILE:bass_aac>")
   add_dependencies(engine_harness demo_radio bass_aac)
-  foreach(subject engine engine_parts engine_titles engine_formats engine_hls engine_icecast engine_endurance
+  foreach(subject engine engine_parts engine_addresses engine_titles engine_formats engine_hls engine_icecast engine_endurance
     engine_recovery engine_servers engine_sound)
     add_executable(${subject}_test ${CMAKE_CURRENT_LIST_DIR}/${subject}_test.cpp)
     target_link_libraries(${subject}_test PRIVATE engine_harness kestrel_flags GTest::gtest_main)

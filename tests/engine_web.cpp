@@ -137,4 +137,13 @@ std::string encodedSine(int frequency, double seconds, const std::string& words,
   return filesOf(sineInput(frequency, seconds) + words + " " + file)[file];
 }
 
+void hear440(Session& session, HSTREAM stream, BASS_DWORD type, double seconds) {
+  ASSERT_NE(0u, stream) << BASS_ErrorGetCode();
+  session.listen(0.3);
+  EXPECT_GT(toneShare(session.listen(seconds), 440), 0.95);
+  BASS_CHANNELINFO info;
+  ASSERT_TRUE(BASS_ChannelGetInfo(stream, &info));
+  EXPECT_EQ(type, info.ctype);
+}
+
 }  // namespace engine_test

@@ -5,8 +5,10 @@
 #include <map>
 #include <mutex>
 #include <string>
+
 #include <thread>
 #include <vector>
+#include "tests/engine_harness.h"
 
 namespace engine_test {
 
@@ -53,5 +55,8 @@ std::string sineInput(int frequency, double seconds);
 /// sine of that frequency.
 std::string encodedSine(int frequency, double seconds, const std::string& words,
                         const std::string& file);
+
+/// Checks that the stream is of that type, and for that long nothing but a sine of 440 Hz.
+void hear440(Session& session, HSTREAM stream, BASS_DWORD type, double seconds = 0.5);
 
 }  // namespace engine_test
