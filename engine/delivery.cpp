@@ -3,11 +3,6 @@
 #include <exception>
 
 namespace engine {
-namespace {
-
-constexpr auto kMemoryRetry = std::chrono::milliseconds(100);
-
-}  // namespace
 
 Delivery::Delivery(Listener listener, const Interrupt& interrupt, DownloadBuffer& buffer,
                    TitleSink title)

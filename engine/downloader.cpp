@@ -12,7 +12,6 @@ constexpr size_t kReadSize = 16 * 1024;
 // network costs, a little later costs nothing.
 constexpr unsigned kLongestNap = 250;
 constexpr unsigned kSmallestCushion = 100;
-constexpr auto kMemoryRetry = std::chrono::milliseconds(100);
 
 }  // namespace
 

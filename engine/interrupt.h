@@ -5,6 +5,9 @@
 
 namespace engine {
 
+/// After so long others may have given memory back that was wanted in vain.
+inline constexpr std::chrono::milliseconds kMemoryRetry{100};
+
 /// A flag that is set once and wakes whoever waits for it, alone or together with
 /// a socket. All members from any thread.
 class Interrupt {

@@ -10,7 +10,6 @@ namespace engine {
 namespace {
 
 constexpr auto kDeviceRetry = std::chrono::milliseconds(1000);
-constexpr auto kMemoryRetry = std::chrono::milliseconds(100);
 // So long before the device falls silent its last sound is handed over.
 constexpr std::chrono::milliseconds kFadeTime(40);
 // Of what is kept back, so much sounds after a stop.

@@ -20,9 +20,9 @@ class FileHandle {
 
   /// Creates the file, or empties the one of that path (see app/files.h). Refuses a
   /// symbolic link, and whatever else is no plain file.
-  [[nodiscard]] bool create(const std::string& path);
+  [[nodiscard]] bool create(const std::string& path) { return open(path, Mode::create); }
   /// Opens a file that is there, with the same refusals, to write behind its end.
-  [[nodiscard]] bool append(const std::string& path);
+  [[nodiscard]] bool append(const std::string& path) { return open(path, Mode::append); }
   [[nodiscard]] bool write(std::span<const std::byte> bytes);
   [[nodiscard]] bool flush();
   void close();

@@ -15,14 +15,6 @@ int native(std::intptr_t handle) {
 
 }  // namespace
 
-bool FileHandle::create(const std::string& path) {
-  return open(path, Mode::create);
-}
-
-bool FileHandle::append(const std::string& path) {
-  return open(path, Mode::append);
-}
-
 bool FileHandle::open(const std::string& path, Mode mode) {
   close();
   std::string native_path = path;

@@ -23,14 +23,6 @@ bool isLink(const std::wstring& path) {
 
 }  // namespace
 
-bool FileHandle::create(const std::string& path) {
-  return open(path, Mode::create);
-}
-
-bool FileHandle::append(const std::string& path) {
-  return open(path, Mode::append);
-}
-
 bool FileHandle::open(const std::string& path, Mode mode) {
   close();
   const std::wstring wide = window::toWide(path);

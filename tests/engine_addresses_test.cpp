@@ -11,8 +11,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const std::string kMp3 = "-c:a libmp3lame -b:a 128k -write_xing 0 -id3v2_version 0 ";
-
 struct Address {
   const char* name;
   const char* body;  ///< of "/list"

@@ -16,8 +16,6 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using Note = Listener::Note;
 
-const std::string kMp3 = "-c:a libmp3lame -b:a 128k -write_xing 0 -id3v2_version 0 ";
-
 /// A tag as such segments begin with; the title's frame only where there is one.
 std::string id3Tag(const std::string& title) {
   const auto frame = [](const std::string& name, const std::string& text) {

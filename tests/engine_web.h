@@ -51,6 +51,9 @@ std::map<std::string, std::string> filesOf(const std::string& command);
 /// ffmpeg's words for a sine of that frequency, as its input.
 std::string sineInput(int frequency, double seconds);
 
+/// Words for encodedSine: bare MPEG frames from the first byte on.
+inline const std::string kMp3 = "-c:a libmp3lame -b:a 128k -write_xing 0 -id3v2_version 0 ";
+
 /// The file that ffmpeg makes with these words (its name is added to them), from a
 /// sine of that frequency.
 std::string encodedSine(int frequency, double seconds, const std::string& words,
