@@ -16,6 +16,7 @@ import unittest
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [HERE, os.path.join(HERE, "desktop")]
 
+import own_network  # noqa: E402
 import processes  # noqa: E402
 from demo_radio import DemoRadio  # noqa: E402
 from nginx import Authority, Line, Nginx, ScriptedServer, free_ports, listening  # noqa: E402
@@ -54,6 +55,7 @@ class Answer:
 class Https(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
+        own_network.enter()  # where nobody is asked for a proxy
         folder = tempfile.TemporaryDirectory(prefix="kestrel-https-")
         cls.addClassCleanup(folder.cleanup)
         cls.folder = folder.name
