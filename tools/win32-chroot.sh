@@ -50,9 +50,16 @@ make_system() {
   mv "$system.new" "$system"
 }
 
+# What is mounted there may be a folder that was deleted and made anew since.
+same() {
+  [ "$1" -ef "$2" ] && return
+  if mountpoint -q "$2"; then umount -l "$2"; fi
+  return 1
+}
+
 bind() {
   mkdir -p "$root$1"
-  mountpoint -q "$root$1" || mount --rbind --make-rslave "$1" "$root$1" 2>/dev/null ||
+  same "$1" "$root$1" || mount --rbind --make-rslave "$1" "$root$1" 2>/dev/null ||
     no "$1 cannot be bound into another root"
 }
 
@@ -71,9 +78,8 @@ system=$cache/win32-$(. /etc/os-release && echo "${VERSION_CODENAME:-debian}")
 [ -d "$system" ] || make_system 9>&-
 
 mkdir -p "$root"
-if ! mountpoint -q "$root"; then
-  mount --bind --make-private "$system" "$root" 2>/dev/null || no "mounting is not allowed"
-fi
+same "$system" "$root" || mount --bind --make-private "$system" "$root" 2>/dev/null ||
+  no "mounting is not allowed"
 for shared in /proc /dev /tmp "$tree"; do bind "$shared"; done
 # A minimal system does not know its own name for this machine.
 [ -s "$root/etc/hosts" ] || printf '127.0.0.1 localhost\n::1 localhost\n' >"$root/etc/hosts"
