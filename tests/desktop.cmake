@@ -5,10 +5,11 @@ if(NOT WIN32)
 endif()
 add_executable(probe desktop/probe.cpp desktop/probe_windows.cpp desktop/probe_processes.cpp)
 add_executable(recorder WIN32 desktop/recorder.cpp)
-add_library(agent MODULE desktop/agent.cpp desktop/agent_menus.cpp desktop/agent_measure.cpp)
+add_library(agent MODULE desktop/agent.cpp desktop/agent_menus.cpp desktop/agent_measure.cpp
+  desktop/agent_resources.cpp)
 set_target_properties(agent PROPERTIES PREFIX "")
 foreach(tool probe recorder agent)
-  target_link_libraries(${tool} PRIVATE kestrel_flags)
+  target_link_libraries(${tool} PRIVATE kestrel_win)
   set_target_properties(${tool} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${desktop_tools}
                                            LIBRARY_OUTPUT_DIRECTORY ${desktop_tools})
 endforeach()
@@ -22,9 +23,9 @@ endfunction()
 
 # What the width of a pointer can break; the other files look at the same code from
 # further away.
-set(subjects menus player player_window settings start)
+set(subjects lists menus player player_window settings start)
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
-  list(APPEND subjects about directory language launch lists)
+  list(APPEND subjects about directory language launch)
   desktop_test(windows windows Windows Windows150 Windows200)
   desktop_test(windows_languages windows OtherLanguages OtherLanguages200)
 endif()

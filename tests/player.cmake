@@ -1,9 +1,4 @@
-if(WIN32)
-  add_executable(player_window_test player_window_test.cpp wine_desktop.cpp)
-  target_link_libraries(player_window_test PRIVATE kestrel_win kestrel_logic kestrel_res
-                        GTest::gtest_main)
-  wine_test(player_window)
-else()
+if(NOT WIN32)
   add_executable(player_test player_test.cpp player_fakes.cpp recorder_test.cpp skin_test.cpp)
   target_link_libraries(player_test PRIVATE kestrel_logic GTest::gtest_main)
   add_test(NAME player_test COMMAND player_test)

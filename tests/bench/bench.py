@@ -11,22 +11,36 @@ Times and loads of a shared machine say little; their ratios within one run do.
 import argparse
 import os
 import shutil
-import statistics
 import subprocess
 import sys
 import time
+from statistics import median
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [FOLDER, os.path.join(FOLDER, "../desktop"), os.path.join(FOLDER, "..")]
+PARTS = "size start caches menus reload playing sound".split()
+
+parser = argparse.ArgumentParser(usage=__doc__)
+parser.add_argument("build", type=os.path.abspath)
+parser.add_argument("radio")
+parser.add_argument("parts", nargs="*", default=[])
+parser.add_argument("--rounds", type=int, default=9)
+parser.add_argument("--seconds", type=int, default=20)
+OPTIONS = parser.parse_intermixed_args()
+os.environ["KESTREL_PROGRAM"] = os.path.join(OPTIONS.build, "kestrel")
+os.environ["KESTREL_TOOLS"] = os.path.join(OPTIONS.build, "desktop-tools")
+
+from demo_radio import DemoRadio  # noqa: E402
+from desktop import Desktop  # noqa: E402
+from kestrel import LEFT, RIGHT, Kestrel  # noqa: E402
+from page_server import PageServer  # noqa: E402
+from processes import wait_for  # noqa: E402
+from system import Ear, private_memory, process_named, processor_seconds  # noqa: E402
 
 GENRES = ("TopTen Alternative Classical Comedy Country Dance Funk Jazz Metal Mixed Pop Rap RnB "
           "Rock Talk Techno 80s 70s World search").split()
 MEGABYTE = 1e6
-LEFT, RIGHT = 1, 3
 
-
-def median(values):
-    return statistics.median(values)
 
 
 def row(what, figure, goal="", good=None):
@@ -36,15 +50,10 @@ def row(what, figure, goal="", good=None):
 
 
 class Bench:
-    def __init__(self, options):
-        from desktop import Desktop
-        from kestrel import Kestrel
-        from demo_radio import DemoRadio
-        from system import Ear
-        self.options = options
+    def __init__(self):
         self.desktop = Desktop()
-        self.radio = DemoRadio(os.path.join(options.radio, "demo_radio"),
-                               os.path.join(options.radio, "sounds"))
+        self.radio = DemoRadio(os.path.join(OPTIONS.radio, "demo_radio"),
+                               os.path.join(OPTIONS.radio, "sounds"))
         self.ear = Ear(self.desktop.speakers)
         self.stations = self.radio.stations()
         self.kestrel = Kestrel(self.desktop, f"127.0.0.1:{self.radio.port}")
@@ -69,38 +78,35 @@ class Bench:
         """A yardstick where the programs of the prefix find it."""
         copy = os.path.join(self.desktop.prefix.folder, "drive_c", name)
         if not os.path.exists(copy):
-            shutil.copy(os.path.join(self.options.build, "bench", name), copy)
+            shutil.copy(os.path.join(OPTIONS.build, "bench", name), copy)
         return "C:\\" + name
 
     def memory_of(self, program):
-        from system import private_memory, process_named
         return private_memory(process_named(self.desktop.prefix, program))
 
     # --- starting
 
     def start_once(self, program, *arguments):
         """Milliseconds to its icon, and its private memory three seconds later."""
-        starter = self.desktop.prefix.start(self.tool("when_ready.exe"), program, *arguments,
-                                            stdout=subprocess.PIPE, text=True)
-        answer = starter.stdout.readline().split()
-        if not answer:
-            raise AssertionError(f"no icon of {program}")
+        pid, microseconds = self.desktop.probe.ask("whenready", " ".join((program, *arguments)), seconds=60)
         time.sleep(3)
         memory = self.memory_of(program.rsplit("\\", 1)[-1])
-        self.desktop.probe.ask("terminate", answer[0])
-        starter.stdout.close()
-        starter.wait(10)
+        self.desktop.probe.ask("terminate", pid)
         self.wait_no_icon()
-        return float(answer[1]), memory
+        return microseconds / 1000, memory
+
+    def end(self, player):
+        for pid in self.desktop.probe.ask("processes", "silence_player.exe"):
+            self.desktop.probe.ask("terminate", pid)
+        player.wait(10)
 
     def wait_no_icon(self):
-        from processes import wait_for
         wait_for(lambda: not self.kestrel.icon(), "the icon to go", 20)
 
     def start(self):
         programs = (self.tool("minimal_tray.exe"),), ("C:\\Kestrel\\Kestrel.exe", "-nos")
         results = [[], []]
-        for turn in range(self.options.rounds + 1):
+        for turn in range(OPTIONS.rounds + 1):
             for program, result in zip(programs, results):
                 measured = self.start_once(*program)
                 if turn > 0:  # the first start fills the system's caches
@@ -122,7 +128,7 @@ class Bench:
     def caches(self):
         """Starts with few and with many stations, in turn."""
         sizes, results = (100, 1000), [[], []]
-        for turn in range(self.options.rounds + 1):
+        for turn in range(OPTIONS.rounds + 1):
             for size, result in zip(sizes, results):
                 self.write_lists(size)
                 milliseconds, _ = self.start_once("C:\\Kestrel\\Kestrel.exe", "-nos")
@@ -136,14 +142,12 @@ class Bench:
 
     def reload(self):
         """All genres again, seen by the server, against one client's same requests."""
-        from page_server import PageServer
-        from processes import wait_for
         genres, page = 19, self.radio.get("/directory/index.phtml?sgenre=Jazz&maxbitrate=999&numresult=200")
         server = PageServer((page * (20_000 // len(page) + 1))[:20_000])
         self.kestrel.direct_to(f"127.0.0.1:{server.port}")
         self.kestrel.start("-nos")
         own, client, written = [], [], []
-        for _ in range(self.options.rounds):
+        for _ in range(OPTIONS.rounds):
             self.kestrel.choose("Reload all", button=LEFT)
             wait_for(lambda: len(server.times) == genres and self.kestrel.form1().text == "Kestrel",
                      lambda: f"{genres} requests, not {len(server.times)}", 30)
@@ -172,10 +176,9 @@ class Bench:
 
     def load(self):
         """Processor seconds a minute of everything in the prefix."""
-        from system import processor_seconds
         pids = list(self.desktop.prefix.processes())
         before, begin = processor_seconds(pids), time.monotonic()
-        time.sleep(self.options.seconds)
+        time.sleep(OPTIONS.seconds)
         return (processor_seconds(pids) - before) / (time.monotonic() - begin) * 60
 
     def play(self, genre="Jazz"):
@@ -189,12 +192,11 @@ class Bench:
 
     def start_kestrel(self):
         """Starts it for use; the bytes that the test's own tools take up in it."""
-        from processes import wait_for
-        self.kestrel.process = self.kestrel.launch("-nos")
+        self.kestrel.begin("-nos")
         wait_for(self.kestrel.icon, "the icon", 30)
         time.sleep(2)
         alone = self.memory_of("Kestrel.exe")
-        self.kestrel.start_agent()
+        self.kestrel.wait_start()
         self.kestrel.popups()
         return self.memory_of("Kestrel.exe") - alone
 
@@ -208,9 +210,7 @@ class Bench:
             time.sleep(3)
             silent.append(self.load())
             output_memory = self.memory_of("silence_player.exe")
-            for pid in self.desktop.probe.ask("processes", "silence_player.exe"):
-                self.desktop.probe.ask("terminate", pid)
-            player.wait(10)
+            self.end(player)
             tools = self.start_kestrel()
             self.play()
             self.ear.wait_sound()
@@ -238,17 +238,15 @@ class Bench:
     def output_delay(self):
         """Milliseconds from a program's first written sample to the ear."""
         delays = []
-        for _ in range(self.options.rounds):
+        for _ in range(OPTIONS.rounds):
             self.ear.wait_silence()
             player = self.desktop.prefix.start(self.tool("silence_player.exe"), "--tone", "1000",
                                                stdout=subprocess.PIPE)
             player.stdout.readline()
             written = time.monotonic()
             delays.append((self.ear.wait_sound() - written) * 1000)
-            for pid in self.desktop.probe.ask("processes", "silence_player.exe"):
-                self.desktop.probe.ask("terminate", pid)
+            self.end(player)
             player.stdout.close()
-            player.wait(10)
         return delays
 
     def sound(self):
@@ -259,7 +257,7 @@ class Bench:
         for habit, goal in ("none", 150), ("no-burst", 500):
             self.radio.switch("stream", habit)
             times = []
-            for turn in range(self.options.rounds + 1):
+            for turn in range(OPTIONS.rounds + 1):
                 self.ear.wait_silence()
                 clicked = self.play()
                 heard = self.ear.wait_sound()
@@ -278,7 +276,7 @@ class Bench:
 
     def size(self):
         def bytes_of(name):
-            return os.path.getsize(os.path.join(self.options.build, "kestrel", name))
+            return os.path.getsize(os.path.join(OPTIONS.build, "kestrel", name))
         program, engine = bytes_of("Kestrel.exe"), bytes_of("bass.dll") + bytes_of("bass_aac.dll")
         small = row("size of Kestrel.exe", f"{program / MEGABYTE:.2f} MB", "at most 1 MB", program <= MEGABYTE)
         return row("size of bass.dll and bass_aac.dll", f"{engine / MEGABYTE:.2f} MB", "at most 4 MB",
@@ -286,19 +284,9 @@ class Bench:
 
 
 def main():
-    parser = argparse.ArgumentParser(usage=__doc__)
-    parser.add_argument("build")
-    parser.add_argument("radio")
-    parser.add_argument("parts", nargs="*", default=[])
-    parser.add_argument("--rounds", type=int, default=9)
-    parser.add_argument("--seconds", type=int, default=20)
-    options = parser.parse_intermixed_args()
-    options.build = os.path.abspath(options.build)
-    os.environ["KESTREL_PROGRAM"] = os.path.join(options.build, "kestrel")
-    os.environ["KESTREL_TOOLS"] = os.path.join(options.build, "desktop-tools")
-    bench = Bench(options)
+    bench = Bench()
     try:
-        good = [getattr(bench, part)() for part in options.parts or ("size", "start", "caches", "menus", "reload", "playing", "sound")]
+        good = [getattr(bench, part)() for part in OPTIONS.parts or PARTS]
     finally:
         bench.close()
     return 0 if all(good) else 1

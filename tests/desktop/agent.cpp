@@ -1,6 +1,6 @@
 // The tests' eyes within the program: menus and fonts live in their own process's
-// memory. On each connection to its pipe it reads a request, "menus" or "measure WINDOW",
-// writes the answer as JSON and hangs up.
+// memory. On each connection to its pipe it reads a request, "menus", "resources" or
+// "measure WINDOW", writes the answer as JSON and hangs up.
 #include "agent.h"
 
 #include <array>
@@ -23,6 +23,8 @@ std::string answerTo(const std::string& request) {
   if (request.starts_with(kMeasure)) {
     const long long window = std::stoll(request.substr(kMeasure.size()));
     writeMeasures(json, reinterpret_cast<HWND>(static_cast<INT_PTR>(window)));
+  } else if (request == "resources") {
+    writeResources(json);
   } else {
     writePopups(json);
   }

@@ -40,11 +40,7 @@ class Measure {
     GetWindowRect(control_, &rect);
     const std::wstring kind(name.data());
     const bool is_group = kind == L"Button" && (style_ & BS_TYPEMASK) == BS_GROUPBOX;
-    json_.open('{');
-    json_.key("id").value(static_cast<long long>(GetDlgCtrlID(control_)));
-    json_.key("class").value(std::wstring_view(kind));
-    json_.key("group").value(is_group);
-    json_.key("rect").value(rect);
+    json_.open('{').fields("id", 0LL + GetDlgCtrlID(control_), "group", is_group, "rect", rect);
     json_.key("texts").open('[');
     if (kind == L"Static") label();
     if (kind == L"Button") button();
@@ -61,25 +57,13 @@ class Measure {
     return MulDiv(size, GetDeviceCaps(dc_, LOGPIXELSX), kBase);
   }
 
-  [[nodiscard]] std::wstring windowText() const {
-    std::wstring text(static_cast<std::size_t>(SendMessageW(control_, WM_GETTEXTLENGTH, 0, 0)) + 1,
-                      L'\0');
-    const LRESULT length =
-        SendMessageW(control_, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-  }
-
   /// `format` as DrawText takes it; `taken` of the control's width is not for the text.
   void text(const std::wstring& text, UINT format, int taken) {
     const SIZE room{client_.right - taken, client_.bottom};
     RECT area{0, 0, room.cx, 0};
     DrawTextW(dc_, text.c_str(), static_cast<int>(text.size()), &area, format | DT_CALCRECT);
-    json_.open('{');
-    json_.key("text").value(std::wstring_view(text));
-    json_.key("needed").open('[').value(0LL + area.right).value(0LL + area.bottom).close(']');
-    json_.key("room").open('[').value(0LL + room.cx).value(0LL + room.cy).close(']');
-    json_.close('}');
+    const bool cut = area.right > room.cx || area.bottom > room.cy;
+    if (cut) json_.value(std::wstring_view(text));
   }
 
   [[nodiscard]] int lineHeight() const {
@@ -94,7 +78,7 @@ class Measure {
     const bool one_line = (style_ & (SS_ENDELLIPSIS | SS_CENTERIMAGE)) != 0 ||
                           (style_ & SS_TYPEMASK) == SS_OWNERDRAW ||
                           client_.bottom < 2 * lineHeight();
-    text(windowText(), prefix | (one_line ? DT_SINGLELINE : DT_WORDBREAK), 0);
+    text(textOf(control_), prefix | (one_line ? DT_SINGLELINE : DT_WORDBREAK), 0);
   }
 
   void button() {
@@ -107,23 +91,22 @@ class Measure {
     // A button with a picture has its text for screen readers only.
     const bool picture = client_.right <= client_.bottom;
     if (picture) return;
-    text(windowText(), DT_SINGLELINE | (type == BS_OWNERDRAW ? DT_NOPREFIX : 0), taken);
+    text(textOf(control_), DT_SINGLELINE | (type == BS_OWNERDRAW ? DT_NOPREFIX : 0), taken);
   }
 
   // What a field of one line holds may be scrolled to.
   void edit() {
     const bool lines = (style_ & ES_MULTILINE) != 0;
-    text(lines ? windowText() : L"Wg",
+    text(lines ? textOf(control_) : L"Wg",
          DT_NOPREFIX | (lines ? DT_WORDBREAK | DT_EDITCONTROL : DT_SINGLELINE), 0);
   }
 
   void items(UINT count_message, UINT length_message, UINT text_message, int button) {
-    const LRESULT count = SendMessageW(control_, count_message, 0, 0);
-    for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i) {
-      const LRESULT length = SendMessageW(control_, length_message, i, 0);
-      std::wstring item(static_cast<std::size_t>(length) + 1, L'\0');
+    const auto count = static_cast<WPARAM>(SendMessageW(control_, count_message, 0, 0));
+    for (WPARAM i = 0; i < count; ++i) {
+      std::wstring item(static_cast<std::size_t>(SendMessageW(control_, length_message, i, 0)),
+                        L'\0');
       SendMessageW(control_, text_message, i, reinterpret_cast<LPARAM>(item.data()));
-      item.resize(static_cast<std::size_t>(length));
       text(item, DT_SINGLELINE | DT_NOPREFIX, units(kItemEdges) + button);
     }
   }
@@ -166,7 +149,7 @@ BOOL CALLBACK measureChild(HWND control, LPARAM lparam) {
   return TRUE;
 }
 
-/// Room in the title bar, between the icon and the buttons.
+/// Whether the title is wider than its bar has room, between the icon and the buttons.
 void writeTitle(Json& json, HWND window) {
   const auto style = static_cast<UINT>(GetWindowLongW(window, GWL_STYLE));
   const bool has_title = (style & WS_CAPTION) == WS_CAPTION;
@@ -186,10 +169,7 @@ void writeTitle(Json& json, HWND window) {
   RECT client{};
   GetClientRect(window, &client);
   const int buttons = (style & WS_MAXIMIZEBOX) != 0 ? 3 : 1;
-  json.key("title").open('{');
-  json.key("needed").value(0LL + size.cx);
-  json.key("room").value(0LL + client.right - (buttons + 1) * GetSystemMetrics(SM_CXSIZE));
-  json.close('}');
+  json.fields("cut", size.cx > client.right - (buttons + 1) * GetSystemMetrics(SM_CXSIZE));
 }
 
 }  // namespace
@@ -198,8 +178,7 @@ void writeMeasures(Json& json, HWND window) {
   RECT client{};
   GetClientRect(window, &client);
   MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
-  json.open('{');
-  json.key("client").value(client);
+  json.open('{').fields("client", client);
   writeTitle(json, window);
   json.key("controls").open('[');
   Children children{json, window};

@@ -44,15 +44,13 @@ void writeItem(Json& json, HMENU menu, UINT position, int scrolled) {
   RECT rect{};
   GetMenuItemRect(nullptr, menu, position, &rect);
   OffsetRect(&rect, 0, -scrolled);
-  json.open('{');
-  json.key("text").value(std::wstring_view(text.data()));
-  json.key("separator").value((info.fType & MFT_SEPARATOR) != 0);
-  json.key("checked").value((info.fState & MFS_CHECKED) != 0);
-  json.key("greyed").value((info.fState & (MFS_GRAYED | MFS_DISABLED)) != 0);
-  json.key("lit").value((info.fState & MFS_HILITE) != 0);
-  json.key("submenu").value(static_cast<const void*>(info.hSubMenu));
-  json.key("rect").value(rect);
-  json.close('}');
+  const auto is = [&](UINT state) { return (info.fState & state) != 0; };
+  json.open('{')
+      .fields("text", std::wstring_view(text.data()), "separator",
+              (info.fType & MFT_SEPARATOR) != 0, "checked", is(MFS_CHECKED), "greyed",
+              is(MFS_GRAYED | MFS_DISABLED), "lit", is(MFS_HILITE), "submenu",
+              handle(info.hSubMenu), "rect", rect)
+      .close('}');
 }
 
 void writePopup(Json& json, HWND window) {
@@ -61,11 +59,7 @@ void writePopup(Json& json, HWND window) {
   if (menu == nullptr) return;  // closed in the meantime
   RECT rect{};
   GetWindowRect(window, &rect);
-  json.open('{');
-  json.key("window").value(static_cast<const void*>(window));
-  json.key("menu").value(static_cast<const void*>(menu));
-  json.key("rect").value(rect);
-  json.key("items").open('[');
+  json.open('{').fields("menu", handle(menu), "rect", rect).key("items").open('[');
   const int count = GetMenuItemCount(menu);
   const int scrolled = scrolledBy(window, menu, rect);
   for (int i = 0; i < count; ++i) writeItem(json, menu, static_cast<UINT>(i), scrolled);

@@ -11,6 +11,7 @@ sys.path.append(os.path.dirname(HERE))  # the demo radio's client
 from demo_radio import DemoRadio, links  # noqa: E402
 from desktop import Desktop  # noqa: E402
 from kestrel import Kestrel  # noqa: E402
+from processes import wait_for  # noqa: E402
 
 RADIO = os.environ["KESTREL_RADIO"]  # folder of the built demo radio
 
@@ -55,6 +56,17 @@ class Case(unittest.TestCase):
         self.kestrel.write_settings(**{"showsplash": 0, **settings})
         return self.kestrel.start(*arguments)
 
+    def without(self, name):
+        """Takes a file out of the program folder for the case."""
+        file = os.path.join(self.kestrel.folder, name)
+        os.rename(file, file + ".away")
+        self.addCleanup(os.rename, file + ".away", file)
+
+    def without_directory(self):
+        """Nobody is there at its address."""
+        self.kestrel.direct_to("127.0.0.1:9")
+        self.addCleanup(self.kestrel.direct_to, f"127.0.0.1:{self.radio.port}")
+
     def requests(self):
         """Targets that the radio was asked for, in order; its own control ones aside."""
         lines = self.radio.log().splitlines()
@@ -78,5 +90,26 @@ class Case(unittest.TestCase):
         self.assertEqual([], boxes, "left open")
 
 
-def records(stations):
-    return b"".join(b"%s%%#$%s\r\n" % record for record in stations)
+class Recorder:
+    """A program that takes the place of the listener's player or browser and notes its command line."""
+
+    def __init__(self, desktop):
+        self.desktop, self.file = desktop, os.path.join(desktop.folder, "recorded.txt")
+        self.program = desktop.prefix.windows_path(desktop.tool("recorder.exe"))
+
+    def register(self, kind, arguments):
+        """As what opens this kind of file or address, for all users as its installer would do."""
+        for key, name, text in ((kind, "URL Protocol", ""),
+                                (kind + r"\shell\open\command", "", f'"{self.program}" {arguments}')):
+            self.desktop.probe.ask("regset", "HKLM", "Software\\Classes\\" + key, name, text)
+
+    def called(self):
+        return os.path.exists(self.file)
+
+    def take(self):
+        """The command line that came, which is forgotten then."""
+        wait_for(self.called, "a command line")
+        with open(self.file, encoding="utf-8") as file:
+            line = file.read()
+        os.remove(self.file)
+        return line

@@ -1,5 +1,6 @@
 """A screen with a taskbar and a tray, speakers, hands and eyes: all of the test's own."""
 
+import contextlib
 import os
 import shutil
 import subprocess
@@ -20,27 +21,38 @@ def area(rect):
     return f"{right - left}x{bottom - top}+{left}+{top}"
 
 
+def start_screen(parts):
+    """Its name; it ends with the parts."""
+    reading, writing = os.pipe()
+    screen = processes.start(
+        ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp"],
+        pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    parts.callback(processes.end, screen)
+    os.close(writing)
+    with os.fdopen(reading) as pipe:
+        number = pipe.readline().strip()
+    if not number:
+        raise RuntimeError("no screen: Xvfb did not start")
+    return ":" + number
+
+
 class Desktop:
     rect = 0, 0, WIDTH, HEIGHT
 
     def __init__(self, density=96):
-        self.folder = tempfile.mkdtemp(prefix="kestrel-desktop-")
-        self._parts = []
-        try:
-            self.screen, display = self._start_screen()
-            self.speakers = self._keep(Speakers(os.path.join(self.folder, "sound")))
-            self.environment = {"DISPLAY": display, **self.speakers.environment}
-            self.prefix = self._keep(Prefix(os.path.join(self.folder, "prefix"), self.environment, density))
-            self.probe = self._keep(Probe(self.prefix, self.tool("probe.exe")))
-            processes.wait_for(lambda: self.probe.windows(class_name="Shell_TrayWnd"), "a taskbar", 60)
-        except BaseException:
-            self.close()
-            raise
+        with contextlib.ExitStack() as parts:
+            def keep(part):
+                return parts.enter_context(contextlib.closing(part))
 
-    def close(self):
-        while self._parts:
-            self._parts.pop().close()
-        shutil.rmtree(self.folder, ignore_errors=True)
+            self.folder = parts.enter_context(
+                tempfile.TemporaryDirectory(prefix="kestrel-desktop-", ignore_cleanup_errors=True))
+            display = start_screen(parts)
+            self.speakers = keep(Speakers(os.path.join(self.folder, "sound")))
+            self.environment = {"DISPLAY": display, **self.speakers.environment}
+            self.prefix = keep(Prefix(os.path.join(self.folder, "prefix"), self.environment, density))
+            self.probe = keep(Probe(self.prefix, self.tool("probe.exe")))
+            processes.wait_for(lambda: self.probe.windows(class_name="Shell_TrayWnd"), "a taskbar", 60)
+            self.close = parts.pop_all().close
 
     def tool(self, name):
         """A tool where the programs of the prefix find it."""
@@ -77,6 +89,13 @@ class Desktop:
     def release(self, button=1):
         self._x11("xdotool", "mouseup", str(button))
 
+    def drag(self, start, by):
+        """Holds what is there and takes it along, in steps as a hand does."""
+        self.press(start)
+        for step in range(1, 6):
+            self.move((start[0] + by[0] * step // 5, start[1] + by[1] * step // 5))
+        self.release()
+
     def wheel(self, down, steps=1):
         self._x11("xdotool", "click", "--repeat", str(steps), "--delay", "10", "5" if down else "4")
 
@@ -88,32 +107,5 @@ class Desktop:
         """To the window under the pointer, as key() does."""
         self._x11("xdotool", "type", "--delay", "15", text)
 
-    # --- making it
-
-    def _keep(self, part):
-        self._parts.append(part)
-        return part
-
-    def _start_screen(self):
-        reading, writing = os.pipe()
-        screen = processes.start(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp"],
-            pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self._keep(_Ended(screen))
-        os.close(writing)
-        with os.fdopen(reading) as pipe:
-            number = pipe.readline().strip()
-        if not number:
-            raise RuntimeError("no screen: Xvfb did not start")
-        return screen, ":" + number
-
     def _x11(self, *words, **options):
         return processes.run(words, 60, env={**os.environ, **self.environment}, **options)
-
-
-class _Ended:
-    def __init__(self, process):
-        self.process = process
-
-    def close(self):
-        processes.end(self.process)

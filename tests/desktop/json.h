@@ -2,27 +2,14 @@
 
 #include <windows.h>
 
+#include <array>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "window/utf.h"
+
 namespace desktop_test {
-
-inline std::string narrow(std::wstring_view text) {
-  const int units = static_cast<int>(text.size());
-  const int bytes =
-      WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-  std::string result(static_cast<std::size_t>(bytes), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), units, result.data(), bytes, nullptr, nullptr);
-  return result;
-}
-
-inline std::wstring wide(std::string_view text) {
-  const int bytes = static_cast<int>(text.size());
-  const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
-  std::wstring result(static_cast<std::size_t>(units), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, result.data(), units);
-  return result;
-}
 
 /// A JSON text, written front to back.
 class Json {
@@ -36,9 +23,16 @@ class Json {
     fresh_ = true;
     return *this;
   }
+  /// NAME, VALUE, NAME, VALUE ...
+  template <typename Value, typename... Rest>
+  Json& fields(std::string_view name, const Value& first, const Rest&... rest) {
+    key(name).value(first);
+    if constexpr (sizeof...(rest) > 0) fields(rest...);
+    return *this;
+  }
   Json& value(long long number) { return separate(), out_ += std::to_string(number), *this; }
   Json& value(std::string_view utf8) { return separate(), quote(utf8), *this; }
-  Json& value(std::wstring_view text) { return value(narrow(text)); }
+  Json& value(std::wstring_view text) { return value(std::string_view(window::toNarrow(text))); }
   Json& value(bool truth) { return separate(), out_ += truth ? "true" : "false", *this; }
   Json& value(const RECT& r) {
     return open('[')
@@ -47,9 +41,6 @@ class Json {
         .value(0LL + r.right)
         .value(0LL + r.bottom)
         .close(']');
-  }
-  Json& value(const void* handle) {
-    return value(static_cast<long long>(reinterpret_cast<INT_PTR>(handle)));
   }
   /// A finished JSON text.
   Json& raw(std::string_view json) { return separate(), out_ += json, *this; }
@@ -64,14 +55,10 @@ class Json {
   void quote(std::string_view text) {
     out_ += '"';
     for (const char c : text) {
-      if (c == '"' || c == '\\') {
-        out_ += '\\';
-        out_ += c;
-      } else if (static_cast<unsigned char>(c) < 0x20) {
-        static const char* const kHex = "0123456789abcdef";
-        out_ += "\\u00";
-        out_ += kHex[(c >> 4) & 15];
-        out_ += kHex[c & 15];
+      if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20) {
+        std::array<char, 8> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c));
+        out_ += escape.data();
       } else {
         out_ += c;
       }
@@ -82,6 +69,25 @@ class Json {
   std::string out_;
   bool fresh_ = true;
 };
+
+/// A handle as a number.
+inline long long handle(const void* handle) {
+  return reinterpret_cast<INT_PTR>(handle);
+}
+
+/// What a screen reader would get; empty of a window that hangs.
+inline std::wstring textOf(HWND window) {
+  const auto ask = [window](UINT message, std::size_t size, wchar_t* text) {
+    constexpr UINT kPatience = 20'000;  // ms; the machine may be busy
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(window, message, size, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
+                        kPatience, &length);
+    return length;
+  };
+  std::wstring text(ask(WM_GETTEXTLENGTH, 0, nullptr) + 1, L'\0');
+  text.resize(ask(WM_GETTEXT, text.size(), text.data()));
+  return text;
+}
 
 /// Where the agent within a process answers.
 inline std::wstring agentPipe(DWORD process) {

@@ -3,41 +3,45 @@
 import os
 import shutil
 import subprocess
+import time
 
 from processes import wait_for
-from probe import middle
+from probe import Seen
 
 PROGRAM = os.environ["KESTREL_PROGRAM"]  # the built program folder
+LANGUAGES = sorted(os.listdir(os.path.join(PROGRAM, "lang")))  # files as shipped
 LEFT, RIGHT = 1, 3
 # Controls of the player window, by id.
 PLAYER = {"play": 1001, "stop": 1002, "name": 1003, "station": 1004, "song": 1005, "bitrate": 1006,
           "format": 1007, "record": 1008, "volume": 1009, "pin": 1010, "mini": 1011, "hide": 1012}
 
 
-class Item:
-    def __init__(self, fields):
-        self.text, self.separator = fields["text"], fields["separator"]
-        self.checked, self.greyed, self.lit = fields["checked"], fields["greyed"], fields["lit"]
-        self.submenu, self.rect = fields["submenu"], tuple(fields["rect"])
+def texts(language):
+    """A shipped file's entries by id."""
+    with open(os.path.join(PROGRAM, "lang", language), encoding="utf-8") as file:
+        return dict(line.rstrip("\n").split(":", 1) for line in file if ":" in line and line[0] not in "#'")
 
-    @property
-    def middle(self):
-        return middle(self.rect)
 
+def plain(text):
+    """A caption's text without what marks its letter."""
+    return text.replace("&&", "\0").replace("&", "").replace("\0", "&")
+
+
+def records(stations):
+    """A list file's bytes."""
+    return b"".join(b"%s%%#$%s\r\n" % record for record in stations)
+
+
+class Item(Seen):
     @property
     def label(self):
-        """Text without what marks its letter."""
-        return self.text.replace("&&", "\0").replace("&", "").replace("\0", "&")
-
-    def __repr__(self):
-        marks = "".join(m for m, on in (("v", self.checked), ("-", self.greyed), (">", self.submenu)) if on)
-        return f"<{'----' if self.separator else self.text} {marks}>"
+        return plain(self.text)
 
 
 class Popup:
-    def __init__(self, fields):
-        self.window, self.menu, self.rect = fields["window"], fields["menu"], tuple(fields["rect"])
-        self.items = [Item(i) for i in fields["items"]]
+    def __init__(self, menu, rect, items):
+        self.menu, self.rect = menu, rect
+        self.items = [Item(**item) for item in items]
 
     def __getitem__(self, label):
         for item in self.items:
@@ -67,10 +71,9 @@ class Box:
         self.buttons = [c for c in parts if c.class_name == "Button"]
         self.text = "\n".join(c.text for c in parts if c.class_name == "Static" and c.text)
 
-    def close(self):
-        self.kestrel.desktop.click(self.buttons[0].middle)
-        wait_for(lambda: self.window.handle not in [w.handle for w in self.kestrel.windows()],
-                 "the box to close")
+    def close(self, button=0):
+        self.kestrel.desktop.click(self.buttons[button].middle)
+        self.kestrel.wait_gone(self.window)
 
 
 class Kestrel:
@@ -105,7 +108,14 @@ class Kestrel:
         folder = folder or os.path.join(self.data, "data")
         os.makedirs(folder, exist_ok=True)
         with open(os.path.join(folder, name + ".dat"), "wb") as file:
-            file.write(b"".join(b"%s%%#$%s\r\n" % record for record in stations))
+            file.write(records(stations))
+
+    def write_language(self, name, text):
+        """A language file beside the shipped ones: text, or bytes as they are."""
+        folder = os.path.join(self.data, "lang")
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, name), "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.replace("\n", "\r\n").encode())
 
     def list_file(self, name):
         return os.path.join(self.data, "data", name + ".dat")
@@ -120,8 +130,8 @@ class Kestrel:
             return file.read()
 
     def setting(self, name):
-        return dict(line.split(b"=", 1) for line in self.settings().split(b"\r\n")
-                    if b"=" in line)[name.encode()].decode()
+        lines = self.settings().decode().split("\r\n")
+        return next(line for line in lines if line.startswith(name + "=")).split("=", 1)[1]
 
     # --- coming and going
 
@@ -130,21 +140,28 @@ class Kestrel:
             "C:\\Kestrel\\Kestrel.exe", *arguments, stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
-    def start(self, *arguments):
+    def begin(self, *arguments):
+        """Starts it; a dialog or a message may come before the icon."""
         self.process = self.launch(*arguments)
-        wait_for(self.icon, lambda: f"an icon in the tray; {self.state()}", 30)
-        self.start_agent()
-        return self
+        self.pid = wait_for(lambda: self.probe.ask("processes", "Kestrel.exe"), "a start")[0]
 
-    def start_agent(self):
-        """Eyes for the menus of the running program, once its start is over."""
-        self.pid = self.probe.ask("processes", "Kestrel.exe")[0]
+    def start(self, *arguments):
+        self.begin(*arguments)
+        self.wait_start()
+
+    def wait_start(self):
+        """The rest of the start; then there are eyes for the menus."""
+        wait_for(self.icon, lambda: f"an icon in the tray; {self.state()}", 30)
         # The start's last step; a box instead says what stands in the way.
         wait_for(lambda: self.label("name") == "stop" or self.boxes(), "the end of the start")
+        wait_for(lambda: not self.window("KestrelSplash"), "the splash to go")
         self.inject_agent()
 
     def inject_agent(self):
         self.probe.ask("inject", self.pid, self.desktop.prefix.windows_path(self.desktop.tool("agent.dll")))
+
+    def ask_agent(self, request):
+        return self.probe.ask("agent", self.pid, request)
 
     def state(self):
         ended = self.process and self.process.poll()
@@ -196,16 +213,34 @@ class Kestrel:
 
         return wait_for(painted, "the icon's picture")
 
+    def wait_tip(self, text):
+        """Points at the icon, from elsewhere, until the taskbar says this about it."""
+        def tip():
+            self.desktop.move((500, 400))
+            time.sleep(0.2)
+            self.desktop.move(self.icon())
+            time.sleep(1)  # for that long the pointer rests
+            tips = self.probe.windows(class_name="tooltips_class32", visible=True)
+            return text in [self.probe.ask("text", t.handle) for t in tips]
+
+        wait_for(tip, f"the tip {text!r}")
+
     def form1(self):
         """The hidden main window; its caption is the icon's tooltip."""
         return self.windows(class_name="KestrelForm1")[0]
+
+    def idle(self):
+        return self.form1().text == "Kestrel"
+
+    def wait_idle(self):
+        wait_for(self.idle, "the end of the work", 30)
 
     # --- the menus
 
     def popups(self):
         """The open ones, in the order in which they were opened."""
         try:
-            return [Popup(p) for p in self.probe.ask("menus", self.pid)]
+            return [Popup(**popup) for popup in self.ask_agent("menus")]
         except RuntimeError:
             if self.running():
                 raise
@@ -253,6 +288,25 @@ class Kestrel:
     def windows(self, **which):
         return self.probe.windows(process=self.pid, **which)
 
+    def window(self, class_name):
+        """The one that shows; None without one."""
+        return next(iter(self.windows(class_name=class_name, visible=True)), None)
+
+    def wait_window(self, class_name):
+        return wait_for(lambda: self.window(class_name), lambda: f"{class_name}; {self.state()}")
+
+    def wait_gone(self, window):
+        wait_for(lambda: window.handle not in [w.handle for w in self.windows(visible=True)], f"{window} to go")
+
+    def point(self, window):
+        """At a place where keys reach the window and the pointer does nothing."""
+        left, top, _, _ = window.rect
+        self.desktop.move((left + 20, top + 8))
+
+    def press(self, window, *keys):
+        self.point(window)
+        self.desktop.key(*keys)
+
     def boxes(self):
         return [Box(self, w) for w in self.windows(class_name="#32770", visible=True)]
 
@@ -261,7 +315,7 @@ class Kestrel:
 
     def player(self):
         """The player window; None while it is hidden."""
-        return next(iter(self.windows(class_name="frmNetRadio", visible=True)), None)
+        return self.window("frmNetRadio")
 
     def label(self, name):
         """Text of a player window's control, also while that is hidden."""

@@ -34,12 +34,10 @@ Words wordsOf(const std::string& line) {
 
 std::string answer(const Words& words) {
   try {
-    Command command = windowCommand(words[0]);
-    if (command == nullptr) command = processCommand(words[0]);
-    if (command == nullptr) throw std::runtime_error("unknown command " + words[0]);
+    const auto& commands = kWindowCommands.contains(words[0]) ? kWindowCommands : kProcessCommands;
     Json json;
     json.open('{').key("value");
-    command(words, json);
+    commands.at(words[0])(words, json);
     return json.close('}').text();
   } catch (const std::exception& error) {
     return Json().open('{').key("error").value(std::string_view(error.what())).close('}').text();

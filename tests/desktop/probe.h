@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -14,9 +15,10 @@ using Words = std::vector<std::string>;
 /// Writes the answer's value; throws std::runtime_error where there is none.
 using Command = void (*)(const Words& words, Json& answer);
 
-/// Null for an unknown name.
-Command windowCommand(const std::string& name);
-Command processCommand(const std::string& name);
+using Commands = std::map<std::string, Command>;
+
+extern const Commands kWindowCommands;
+extern const Commands kProcessCommands;
 
 /// A number argument, decimal or 0x...
 inline long long number(const Words& words, std::size_t index) {

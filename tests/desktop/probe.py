@@ -4,29 +4,22 @@ import json
 import queue
 import subprocess
 import threading
+from types import SimpleNamespace
 
 import processes
 
 
-class Window:
-    """A window as it was when it was looked at; `text` of a child is what a screen reader gets."""
-
-    def __init__(self, fields):
-        self.handle, self.class_name = fields["window"], fields["class"]
-        self.text, self.process, self.id = fields["text"], fields["process"], fields["id"]
-        self.visible, self.enabled = fields["visible"], fields["enabled"]
-        self.topmost, self.rect = fields["topmost"], tuple(fields["rect"])
+class Seen(SimpleNamespace):
+    """Something on the screen as it was when it was looked at."""
 
     @property
     def middle(self):
-        return middle(self.rect)
-
-    def __repr__(self):
-        return f"<{self.class_name} {self.text!r} {self.rect}{'' if self.visible else ' hidden'}>"
+        left, top, right, bottom = self.rect
+        return (left + right) // 2, (top + bottom) // 2
 
 
-def middle(rect):
-    return (rect[0] + rect[2]) // 2, (rect[1] + rect[3]) // 2
+class Window(Seen):
+    """`text` of a child is what a screen reader gets."""
 
 
 class Probe:
@@ -51,12 +44,12 @@ class Probe:
         return answer["value"]
 
     def windows(self, process=None, class_name=None, text=None, visible=None):
-        return [w for w in map(Window, self.ask("windows"))
+        return [w for w in (Window(**fields) for fields in self.ask("windows"))
                 if process in (None, w.process) and class_name in (None, w.class_name)
                 and text in (None, w.text) and visible in (None, w.visible)]
 
     def children(self, window):
-        return [Window(fields) for fields in self.ask("children", window.handle)]
+        return [Window(**fields) for fields in self.ask("children", window.handle)]
 
     def send(self, window, message, wparam=0, lparam=0):
         return self.ask("send", window.handle, message, wparam, lparam)

@@ -1,10 +1,11 @@
 #include <windows.h>
-// The API set that follows needs windows.h first.
-#include <psapi.h>
+// Needs windows.h first.
 #include <shellapi.h>
 #include <tlhelp32.h>
 
 #include <array>
+#include <chrono>
+#include <cmath>
 #include <memory>
 
 #include "probe.h"
@@ -38,19 +39,10 @@ void processes(const Words& words, Json& answer) {
   answer.open('[');
   for (BOOL more = Process32FirstW(list.get(), &entry); more != FALSE;
        more = Process32NextW(list.get(), &entry)) {
-    if (lstrcmpiW(entry.szExeFile, wide(words.at(1)).c_str()) == 0)
-      answer.value(static_cast<long long>(entry.th32ProcessID));
+    if (lstrcmpiW(entry.szExeFile, window::toWide(words.at(1)).c_str()) == 0)
+      answer.value(0LL + entry.th32ProcessID);
   }
   answer.close(']');
-}
-
-void memory(const Words& words, Json& answer) {
-  const Handle target = process(words, PROCESS_QUERY_INFORMATION | PROCESS_VM_READ);
-  PROCESS_MEMORY_COUNTERS_EX counters{};
-  if (GetProcessMemoryInfo(target.get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
-                           sizeof(counters)) == FALSE)
-    fail("asking for the memory");
-  answer.value(static_cast<long long>(counters.PrivateUsage));
 }
 
 void terminate(const Words& words, Json& answer) {
@@ -59,10 +51,50 @@ void terminate(const Words& words, Json& answer) {
   answer.value(WaitForSingleObject(target.get(), kPatience) == WAIT_OBJECT_0);
 }
 
+BOOL CALLBACK countIcon(HWND window, LPARAM count) {
+  DWORD taskbar = 0, process = 0;
+  GetWindowThreadProcessId(FindWindowW(L"Shell_TrayWnd", nullptr), &taskbar);
+  GetWindowThreadProcessId(window, &process);
+  std::array<wchar_t, 32> name{};
+  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+  if (process == taskbar && std::wstring_view(name.data()) == L"tooltips_class32")
+    ++*reinterpret_cast<int*>(count);
+  return TRUE;
+}
+
+/// In the notification area: under Wine each icon brings its own tip window along.
+int icons() {
+  int count = 0;
+  EnumWindows(countIcon, reinterpret_cast<LPARAM>(&count));
+  return count;
+}
+
+/// Starts a program and waits for its icon: whenready COMMAND. Answers its process id
+/// and the microseconds that took.
+void whenready(const Words& words, Json& answer) {
+  std::wstring command = window::toWide(words.at(1));
+  const int before = icons();
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION made{};
+  const auto begin = std::chrono::steady_clock::now();
+  if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                     &startup, &made) == FALSE)
+    fail("starting the program");
+  const Handle thread(made.hThread), target(made.hProcess);
+  while (icons() <= before) {
+    if (WaitForSingleObject(target.get(), 1) == WAIT_OBJECT_0)
+      throw std::runtime_error("it ended without an icon");
+  }
+  const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
+  answer.open('[').value(0LL + made.dwProcessId);
+  answer.value(std::llround(took.count() * 1000)).close(']');
+}
+
 /// Has the process load a DLL: inject PROCESS FILE
 void inject(const Words& words, Json& answer) {
   const Handle target = process(words, PROCESS_ALL_ACCESS);
-  const std::wstring file = wide(words.at(2));
+  const std::wstring file = window::toWide(words.at(2));
   const SIZE_T bytes = (file.size() + 1) * sizeof(wchar_t);
   void* there = VirtualAllocEx(target.get(), nullptr, bytes, MEM_COMMIT, PAGE_READWRITE);
   if (there == nullptr ||
@@ -96,10 +128,11 @@ Handle connectToAgent(HANDLE target) {
   }
 }
 
-/// What the agent within a process answers to a request.
-std::string askAgent(const Words& words, const std::string& request) {
+/// What the agent within a process answers to a request: agent PROCESS REQUEST
+void agent(const Words& words, Json& answer) {
   const Handle target = process(words, PROCESS_QUERY_INFORMATION | SYNCHRONIZE);
   const Handle pipe = connectToAgent(target.get());
+  const std::string& request = words.at(2);
   DWORD written = 0;
   WriteFile(pipe.get(), request.data(), static_cast<DWORD>(request.size()), &written, nullptr);
   std::string json;
@@ -110,44 +143,24 @@ std::string askAgent(const Words& words, const std::string& request) {
          got != 0)
     json.append(piece.data(), got);
   if (json.empty()) fail("the agent said nothing");
-  return json;
-}
-
-/// Open popups of a process that has the agent: menus PROCESS
-void menus(const Words& words, Json& answer) {
-  answer.raw(askAgent(words, "menus"));
-}
-
-/// A window's controls and the room for their texts: measure PROCESS WINDOW
-void measure(const Words& words, Json& answer) {
-  answer.raw(askAgent(words, "measure " + words.at(2)));
+  answer.raw(json);
 }
 
 /// A text value under HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER: regset HKLM KEY NAME TEXT
 void regset(const Words& words, Json& answer) {
   const HKEY root = words.at(1) == "HKLM" ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-  const std::wstring text = wide(words.at(4));
-  const LSTATUS status =
-      RegSetKeyValueW(root, wide(words.at(2)).c_str(), wide(words.at(3)).c_str(), REG_SZ,
-                      text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+  const std::wstring text = window::toWide(words.at(4));
+  const LSTATUS status = RegSetKeyValueW(root, window::toWide(words.at(2)).c_str(),
+                                         window::toWide(words.at(3)).c_str(), REG_SZ, text.c_str(),
+                                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
   if (status != ERROR_SUCCESS) throw std::runtime_error("registry error " + std::to_string(status));
   answer.value(true);
 }
 
-struct Entry {
-  const char* name;
-  Command command;
-};
-constexpr Entry kCommands[] = {
-    {"processes", processes}, {"memory", memory},   {"terminate", terminate}, {"inject", inject},
-    {"menus", menus},         {"measure", measure}, {"regset", regset}};
-
 }  // namespace
 
-Command processCommand(const std::string& name) {
-  for (const Entry& entry : kCommands)
-    if (name == entry.name) return entry.command;
-  return nullptr;
-}
+const Commands kProcessCommands = {{"processes", processes}, {"terminate", terminate},
+                                   {"inject", inject},       {"agent", agent},
+                                   {"regset", regset},       {"whenready", whenready}};
 
 }  // namespace desktop_test

@@ -11,7 +11,7 @@ namespace {
 
 constexpr UINT kPatience = 20'000;  // ms for a window's answer; the machine may be busy
 
-HWND window(const Words& words) {
+HWND target(const Words& words) {
   return reinterpret_cast<HWND>(static_cast<INT_PTR>(number(words, 1)));
 }
 
@@ -21,15 +21,6 @@ LRESULT ask(HWND target, UINT message, WPARAM wparam, LPARAM lparam) {
   if (SendMessageTimeoutW(target, message, wparam, lparam, SMTO_NORMAL, kPatience, &result) == 0)
     fail("the window does not answer");
   return static_cast<LRESULT>(result);
-}
-
-/// What a screen reader would get.
-std::wstring textOf(HWND target) {
-  std::wstring text(static_cast<std::size_t>(ask(target, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
-  const LRESULT length =
-      ask(target, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
-  text.resize(static_cast<std::size_t>(length));
-  return text;
 }
 
 /// The caption as the system keeps it; a hanging window gives it too.
@@ -46,17 +37,13 @@ void describe(Json& json, HWND target, const std::wstring& text) {
   GetWindowThreadProcessId(target, &process);
   RECT rect{};
   GetWindowRect(target, &rect);
-  json.open('{');
-  json.key("window").value(static_cast<const void*>(target));
-  json.key("class").value(std::wstring_view(name.data()));
-  json.key("text").value(std::wstring_view(text));
-  json.key("process").value(static_cast<long long>(process));
-  json.key("id").value(static_cast<long long>(GetDlgCtrlID(target)));
-  json.key("visible").value(IsWindowVisible(target) != FALSE);
-  json.key("enabled").value(IsWindowEnabled(target) != FALSE);
-  json.key("topmost").value((GetWindowLongW(target, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0);
-  json.key("rect").value(rect);
-  json.close('}');
+  json.open('{')
+      .fields("handle", handle(target), "class_name", std::wstring_view(name.data()), "text",
+              std::wstring_view(text), "process", 0LL + process, "id", 0LL + GetDlgCtrlID(target),
+              "visible", IsWindowVisible(target) != FALSE, "enabled",
+              IsWindowEnabled(target) != FALSE, "topmost",
+              (GetWindowLongW(target, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0, "rect", rect)
+      .close('}');
 }
 
 BOOL CALLBACK describeTop(HWND target, LPARAM json) {
@@ -77,22 +64,22 @@ void windows(const Words&, Json& answer) {
 
 void children(const Words& words, Json& answer) {
   answer.open('[');
-  EnumChildWindows(window(words), describeChild, reinterpret_cast<LPARAM>(&answer));
+  EnumChildWindows(target(words), describeChild, reinterpret_cast<LPARAM>(&answer));
   answer.close(']');
 }
 
 void text(const Words& words, Json& answer) {
-  answer.value(std::wstring_view(textOf(window(words))));
+  answer.value(std::wstring_view(textOf(target(words))));
 }
 
 void send(const Words& words, Json& answer) {
-  answer.value(static_cast<long long>(ask(window(words), static_cast<UINT>(number(words, 2)),
+  answer.value(static_cast<long long>(ask(target(words), static_cast<UINT>(number(words, 2)),
                                           static_cast<WPARAM>(number(words, 3)),
                                           static_cast<LPARAM>(number(words, 4)))));
 }
 
 void post(const Words& words, Json& answer) {
-  if (PostMessageW(window(words), static_cast<UINT>(number(words, 2)),
+  if (PostMessageW(target(words), static_cast<UINT>(number(words, 2)),
                    static_cast<WPARAM>(number(words, 3)),
                    static_cast<LPARAM>(number(words, 4))) == FALSE)
     fail("posting");
@@ -107,12 +94,12 @@ void copydata(const Words& words, Json& answer) {
   record.cbData = static_cast<DWORD>(data.size());
   record.lpData = data.data();
   answer.value(static_cast<long long>(
-      ask(window(words), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&record))));
+      ask(target(words), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&record))));
 }
 
 /// A registered message to every top-level window: broadcast NAME
 void broadcast(const Words& words, Json& answer) {
-  const UINT message = RegisterWindowMessageW(wide(words.at(1)).c_str());
+  const UINT message = RegisterWindowMessageW(window::toWide(words.at(1)).c_str());
   if (PostMessageW(HWND_BROADCAST, message, 0, 0) == FALSE) fail("broadcasting");
   answer.value(static_cast<long long>(message));
 }
@@ -122,7 +109,7 @@ void broadcast(const Words& words, Json& answer) {
 void forgeticon(const Words& words, Json& answer) {
   NOTIFYICONDATAW record{};
   record.cbSize = sizeof(record);
-  record.hWnd = window(words);
+  record.hWnd = target(words);
   record.uID = static_cast<UINT>(number(words, 2));
   answer.value(Shell_NotifyIconW(NIM_DELETE, &record) != FALSE);
 }
@@ -131,32 +118,23 @@ void foreground(const Words&, Json& answer) {
   GUITHREADINFO info{};
   info.cbSize = sizeof(info);
   GetGUIThreadInfo(0, &info);
-  answer.open('{');
-  answer.key("window").value(static_cast<const void*>(GetForegroundWindow()));
-  answer.key("focus").value(static_cast<const void*>(info.hwndFocus));
-  answer.close('}');
+  answer.open('{')
+      .fields("window", handle(GetForegroundWindow()), "focus", handle(info.hwndFocus))
+      .close('}');
 }
-
-struct Entry {
-  const char* name;
-  Command command;
-};
-constexpr Entry kCommands[] = {{"windows", windows},
-                               {"children", children},
-                               {"text", text},
-                               {"send", send},
-                               {"post", post},
-                               {"copydata", copydata},
-                               {"broadcast", broadcast},
-                               {"forgeticon", forgeticon},
-                               {"foreground", foreground}};
 
 }  // namespace
 
-Command windowCommand(const std::string& name) {
-  for (const Entry& entry : kCommands)
-    if (name == entry.name) return entry.command;
-  return nullptr;
-}
+const Commands kWindowCommands = {
+    {"windows", windows},
+    {"children", children},
+    {"text", text},
+    {"send", send},
+    {"post", post},
+    {"copydata", copydata},
+    {"broadcast", broadcast},
+    {"forgeticon", forgeticon},
+    {"foreground", foreground},
+};
 
 }  // namespace desktop_test

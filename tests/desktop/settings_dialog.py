@@ -2,6 +2,7 @@
 
 import time
 
+from kestrel import plain
 from processes import wait_for
 
 NAMES = """List2 Frame1 Frame2 Frame3 Frame4 Frame5 Frame6 Check1 Check2 Check3 Check4 Check5 Option1(0) Option1(1)
@@ -15,7 +16,7 @@ PAGES = ["Frame3", "Frame4", "Frame2", "Frame5", "Frame6"]
 
 BM_GETCHECK = 0xF0
 LB_GETSEL, LB_GETSELCOUNT = 0x187, 0x190
-LB_GETCARETINDEX = 0x19F
+LB_GETCARETINDEX, LB_GETITEMHEIGHT = 0x19F, 0x1A1
 CB_GETCURSEL, CB_GETCOUNT, CB_GETDROPPEDSTATE = 0x147, 0x146, 0x157
 LVM_GETITEMCOUNT = 0x1004
 
@@ -27,7 +28,7 @@ class Dialog:
         wait_for(self.window, lambda: f"{class_name}; {kestrel.state()}")
 
     def window(self):
-        return next(iter(self.kestrel.windows(class_name=self.class_name, visible=True)), None)
+        return self.kestrel.window(self.class_name)
 
     def controls(self):
         names = {number: name for name, number in self.ids.items()}
@@ -39,9 +40,7 @@ class Dialog:
     def text(self, name):
         """Of a caption what is to be read."""
         control = self[name]
-        if control.class_name not in ("Button", "Static"):
-            return control.text
-        return control.text.replace("&&", "\0").replace("&", "").replace("\0", "&").rstrip()
+        return plain(control.text).rstrip() if control.class_name in ("Button", "Static") else control.text
 
     def click(self, name):
         self.desktop.click(self[name].middle)
@@ -54,10 +53,15 @@ class Dialog:
         return next((n for n, c in self.controls().items() if c.handle == handle), None)
 
     def press(self, *keys):
-        """With the pointer on the dialog, where keys reach it."""
-        left, top, _, _ = self.window().rect
-        self.desktop.move((left + 30, top + 12))
-        self.desktop.key(*keys)
+        self.kestrel.press(self.window(), *keys)
+
+    def tab_through(self, count):
+        """The controls that have the focus one after the other, from the one that has it now."""
+        seen = [wait_for(self.focus, "a focus")]
+        while len(seen) < count:
+            self.press("Tab")
+            seen.append(wait_for(lambda: (f := self.focus()) != seen[-1] and f, "the focus to move"))
+        return seen
 
     def choose(self, combo, index):
         """Opens a combo box and picks an entry by keys."""
@@ -85,10 +89,14 @@ class SettingsDialog(Dialog):
         kestrel.choose(entry)
         super().__init__(kestrel, "Form2", SETTINGS)
 
-    def page(self, number):
-        left, top, _, bottom = self["List2"].rect
-        height = self.send("List2", 0x1A1)  # of an entry
+    def click_row(self, box, number):
+        """Of a list box."""
+        left, top, _, _ = self[box].rect
+        height = self.send(box, LB_GETITEMHEIGHT)
         self.desktop.click((left + 20, top + 2 + height * number + height // 2))
+
+    def page(self, number):
+        self.click_row("List2", number)
         wait_for(lambda: self[PAGES[number]].visible, f"page {number}")
 
     def checked(self, name):

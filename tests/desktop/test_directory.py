@@ -3,7 +3,8 @@
 import time
 import unittest
 
-from case import Case, records
+from case import Case
+from kestrel import plain, records
 from processes import wait_for
 
 OLD = [(b"Old Station", b"http://127.0.0.1:9/old.pls")]
@@ -33,17 +34,13 @@ class Directory(Case):
 
     def wait_requests(self, count):
         wait_for(lambda: len(self.requests()) >= count, lambda: f"{count} requests; {self.requests()}")
-        wait_for(self.idle, "the end of the work")
+        self.kestrel.wait_idle()
         return self.requests()
-
-    def idle(self):
-        return self.kestrel.form1().text == "Kestrel"
 
     def wait_box(self, seconds=20):
         box = self.kestrel.box(seconds)
-        self.assertEqual(OFFLINE, box.text)
-        self.assertEqual(["OK"], [b.text.replace("&", "") for b in box.buttons])
-        box.close()
+        self.assertEqual((OFFLINE, ["OK"]), (box.text, [plain(b.text) for b in box.buttons]))
+        return box
 
     def has_old_station_only(self):
         self.assertEqual(["Old Station", "-", "Reload"], self.kestrel.look("Genres", "Jazz").labels)
@@ -82,8 +79,8 @@ class Directory(Case):
             with self.subTest(habit):
                 self.radio.switch("directory", habit)
                 self.reload()
-                self.wait_box()
-                wait_for(self.idle, "the end of the work")
+                self.wait_box().close()
+                self.kestrel.wait_idle()
                 self.assertEqual([], self.kestrel.boxes())
                 self.has_old_station_only()
 
@@ -103,25 +100,25 @@ class Directory(Case):
         wait_for(lambda: self.kestrel.form1().text == "Loading Data", "the tooltip's text")
         wait_for(lambda: self.kestrel.icon_picture() != idle_icon, "the working icon")
         self.has_old_station_only()  # the menus live meanwhile
-        self.wait_box(35)
+        self.wait_box(35).close()
         self.assertEqual([target("sgenre", "Jazz")], self.wait_requests(1))
         wait_for(lambda: self.kestrel.icon_picture() == idle_icon, "the normal icon")
         self.reload()
-        wait_for(lambda: not self.idle(), "the work to begin")
+        wait_for(lambda: not self.kestrel.idle(), "the work to begin")
         begin = time.monotonic()
         self.kestrel.quit()
         self.assertLess(time.monotonic() - begin, 8)  # a dead server is waited for longer
         self.assertEqual("20", self.kestrel.setting("maxentry"))
 
-
-class NoDirectory(Case):
     def test_a_refused_connection_is_reported(self):
-        self.kestrel.direct_to("127.0.0.1:9")
+        self.without_directory()
         self.start()
-        self.kestrel.choose("Genres", "Jazz", "Reload")
-        box = self.kestrel.box()
-        self.assertEqual(OFFLINE, box.text)
+        self.reload()
+        box = self.wait_box()
         self.desktop.picture("not-online")
+        self.desktop.click(self.kestrel.icon())
+        time.sleep(0.3)
+        self.assertEqual([], self.kestrel.popups())  # first it is answered
         box.close()
         self.assertEqual(["Reload"], self.kestrel.look("Genres", "Jazz").labels)
 

@@ -1,31 +1,14 @@
 """Language files in the running program: menus, windows, letters of every kind."""
 
-import os
 import unittest
 
 from case import Case
-from kestrel import PROGRAM
-from processes import wait_for
-
-FILES = os.path.join(PROGRAM, "lang")  # as shipped
-
-
-def texts(name):
-    """A shipped file's entries by id."""
-    with open(os.path.join(FILES, name), encoding="utf-8", newline="\r\n") as file:
-        lines = [line.rstrip("\r\n") for line in file]
-    return dict(line.split(":", 1) for line in lines if ":" in line and line[0] not in "#'")
+from kestrel import LANGUAGES, texts
 
 
 class Language(Case):
     def names(self, table, *ids):
         return [table[str(i)] for i in ids]
-
-    def own_file(self, name, content):
-        folder = os.path.join(self.kestrel.data, "lang")
-        os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, name), "wb") as file:
-            file.write(content)
 
     def assert_speaks(self, name):
         """Every menu has the file's texts, letter by letter."""
@@ -48,7 +31,7 @@ class Language(Case):
         self.kestrel.close_menus()
 
     def test_the_menus_speak_each_language(self):
-        for name in sorted(os.listdir(FILES)):
+        for name in LANGUAGES:
             with self.subTest(name):
                 self.start(language=name)
                 self.assert_speaks(name)
@@ -57,23 +40,20 @@ class Language(Case):
     def test_splash_and_player_window_speak_it_too(self):
         german = texts("german.kesl")
         self.kestrel.write_settings(language="german.kesl", playerstart=1)
-        self.kestrel.process = self.kestrel.launch()
-        splash = wait_for(lambda: self.desktop.probe.windows(class_name="KestrelSplash", visible=True),
-                          "the splash")[0]
-        labels = [child.text for child in self.desktop.probe.children(splash)]
-        self.assertIn(german["0001"], labels)
-        wait_for(self.kestrel.icon, "the icon", 30)
-        self.kestrel.start_agent()
+        self.kestrel.begin()
+        splash = self.kestrel.wait_window("KestrelSplash")
+        self.assertIn(german["0001"], [child.text for child in self.desktop.probe.children(splash)])
+        self.kestrel.wait_start()
         self.assertEqual(german["6005"], self.kestrel.control("pin").text)
         self.assertEqual(german["6006"], self.kestrel.control("mini").text)
 
     def test_old_files_show_their_letters_and_hostile_ones_do_no_harm(self):
-        self.own_file("old.kesl", "1033:Größe & Co\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
+        self.kestrel.write_language("old.kesl", "1033:Größe & Co\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
         self.start(language="old.kesl")
         menu = self.kestrel.look()
         self.assertEqual(["Größe & Co", "About", "Fin e"], [menu.labels[i] for i in (5, 7, 9)])
         self.kestrel.kill()
-        self.own_file("noise.kesl", bytes(range(256)) * 2000 + b"\n1035:" + b"x" * 100000)
+        self.kestrel.write_language("noise.kesl", bytes(range(256)) * 2000 + b"\n1035:" + b"x" * 100000)
         self.start(language="noise.kesl")
         self.assertEqual(0, self.kestrel.quit())
 

@@ -5,8 +5,10 @@ import time
 import unittest
 
 import sound
-from case import Case, records
+from case import Case
+from kestrel import records
 from processes import wait_for
+from settings_dialog import SettingsDialog
 
 IDOK, IDCANCEL = 1, 2
 HEADING, STATUS, COUNT, BAR, ABORT = range(1001, 1006)  # of the reload window
@@ -21,26 +23,20 @@ def genres(*visible):
 
 
 class Lists(Case):
-    def form(self, name):
-        return next(iter(self.kestrel.windows(class_name=name, visible=True)), None)
-
     def wait_form(self, name):
-        window = wait_for(lambda: self.form(name), lambda: f"{name}; {self.kestrel.state()}")
-        left, top, _, _ = window.rect
-        self.desktop.move((left + 4, top + 4))  # where its keys are its own
+        window = self.kestrel.wait_window(name)
+        self.kestrel.point(window)
         return window
 
-    def wait_no_form(self, name, seconds=10):
-        wait_for(lambda: not self.form(name), f"{name} to go", seconds)
+    def wait_no_form(self, name):
+        wait_for(lambda: not self.kestrel.window(name), f"{name} to go", 30)
 
     def control(self, form, number):
-        return next(c for c in self.desktop.probe.children(self.form(form)) if c.id == number)
+        window = self.kestrel.window(form)
+        return next(c for c in self.desktop.probe.children(window) if c.id == number)
 
     def click(self, form, number):
         self.desktop.click(self.control(form, number).middle)
-
-    def type(self, text):
-        self.desktop.key(*["space" if c == " " else c for c in text])
 
     def genres_asked(self):
         return [r.split(b"sgenre=")[1].split(b"&")[0].decode() for r in self.requests() if b"sgenre=" in r]
@@ -48,22 +44,11 @@ class Lists(Case):
     def wait_asked(self, count):
         wait_for(lambda: len(self.genres_asked()) >= count, lambda: f"{count} genres; {self.genres_asked()}", 20)
 
-    def idle(self):
-        return self.kestrel.form1().text == "Kestrel"
-
-    def wait_idle(self):
-        wait_for(self.idle, "the end of the work", 30)
-
     def reload_all(self):
         self.kestrel.choose("Genres", "Reload all")
 
-    def has_list(self, key):
-        return os.path.exists(self.kestrel.list_file(key))
-
 
 class Reload(Lists):
-    slow = "slow-drip-6000"  # some tenths of a second for a page
-
     def test_the_window_tells_how_far_it_is_and_goes(self):
         self.start(genre=genres(0, 1, 3, 19))
         self.radio.switch("directory", "slow-drip-2000")
@@ -77,16 +62,16 @@ class Reload(Lists):
         self.assertEqual("Loading Data", self.kestrel.form1().text)
         self.desktop.picture("reload-all")
         self.radio.switch("directory", "none")
-        self.wait_no_form("reloadform", 30)
-        self.wait_idle()
+        self.wait_no_form("reloadform")
+        self.kestrel.wait_idle()
         self.assertEqual(["TopTen", "Alternative", "Comedy"], self.genres_asked())
         for key in "TopTen", "Alternative", "Comedy":
             page = self.station_list(f"sgenre={key}&maxbitrate=999&numresult=20")
             self.assertEqual(records(page), self.kestrel.read_list(key))
-        self.assertFalse(self.has_list("Classical"))
+        self.assertFalse(os.path.exists(self.kestrel.list_file("Classical")))
         self.assertEqual(22, len(self.kestrel.look("Genres", "Comedy").items))
 
-    def test_cancel_by_keyboard_in_the_fifth_genre(self):
+    def test_cancel_by_keyboard_in_the_fifth_genre_and_afresh(self):
         self.start()
         self.radio.switch("directory", "hold")
         self.reload_all()
@@ -98,12 +83,31 @@ class Reload(Lists):
         self.desktop.key("Escape")
         wait_for(lambda: self.control("reloadform", ABORT).text == "Reload Aborted - Please Wait!", "the abort")
         self.assertFalse(self.control("reloadform", IDCANCEL).enabled)
-        self.desktop.picture("reload-aborted")
         self.radio.switch("directory", "none")
-        self.wait_no_form("reloadform", 30)
-        self.wait_idle()
+        self.wait_no_form("reloadform")
+        self.kestrel.wait_tip("Kestrel")
         self.assertEqual(list(KEYS[:5]), self.genres_asked())
-        self.assertTrue(self.has_list("Country"))  # the fifth is still finished
+        self.assertTrue(os.path.exists(self.kestrel.list_file("Country")))  # the fifth is still finished
+        self.radio.switch("directory", "hold")
+        self.reload_all()
+        self.wait_form("reloadform")
+        self.assertEqual("", self.control("reloadform", ABORT).text)
+        self.assertTrue(self.control("reloadform", IDCANCEL).enabled)
+
+    def test_while_it_shows_it_speaks_a_new_language_and_stays_behind_others(self):
+        self.kestrel.write_language("aa.kesl", "language:Deutsch\n4001:Alle Genres\n")
+        self.start()
+        self.radio.switch("directory", "hold")
+        self.reload_all()
+        self.wait_form("reloadform")
+        dialog = SettingsDialog(self.kestrel)
+        dialog.choose("ic1", 1)
+        dialog.ok()
+        wait_for(lambda: self.control("reloadform", HEADING).text == "Alle Genres", "the new heading")
+        self.kestrel.wait_tip("Loading Data")
+        self.reload_all()  # takes over
+        wait_for(lambda: self.genres_asked() == ["TopTen", "TopTen"], "it to begin anew")
+        self.assertNotEqual(self.kestrel.window("reloadform").handle, self.desktop.probe.ask("foreground")["window"])
 
     def test_a_station_plays_meanwhile_and_it_goes_on(self):
         self.kestrel.write_list("Rock", [(b"The Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
@@ -112,16 +116,17 @@ class Reload(Lists):
         self.reload_all()
         self.wait_asked(1)
         self.kestrel.choose("Genres", "Rock", "The Station")
-        wait_for(lambda: sound.loudness(self.desktop.speakers.listen(0.2)) > 0.01, "sound", 10)
-        self.wait_no_form("reloadform", 30)
+        wait_for(lambda: sound.loudness(self.desktop.speakers.listen(0.2)) > 0.01, "sound")
+        self.wait_no_form("reloadform")
         self.assertEqual(["TopTen", "TopTen", "Alternative", "Classical", "Rock"], self.genres_asked())
         self.assertEqual([], self.kestrel.boxes())
 
     def test_at_the_start_if_the_settings_say_so(self):
-        self.radio.switch("directory", self.slow)
+        self.radio.switch("directory", "hold")
         self.start(reloadonstartup=1, genre=genres(0, 1))
         self.wait_form("reloadform")
-        self.wait_no_form("reloadform", 30)
+        self.radio.switch("directory", "none")
+        self.wait_no_form("reloadform")
         self.assertEqual(["TopTen", "Alternative"], self.genres_asked())
 
 
@@ -131,9 +136,10 @@ class Kill(Lists):
     favourites = [(b"Mine", b"http://127.0.0.1:9/1")]
 
     def begin(self):
-        self.old = records([(b"Old %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(200)])
+        stations = [(b"Old %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(200)]
+        self.old = records(stations)
         for key in KEYS:
-            self.kestrel.write_list(key, [(b"Old %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(200)])
+            self.kestrel.write_list(key, stations)
         self.kestrel.write_list("favs", self.favourites)
         self.radio.get("/control/log?clear=1")
         self.start(genre=genres(*range(len(KEYS))), volume=1234)
@@ -185,13 +191,13 @@ class Search(Lists):
 
     def wait_results(self, words):
         wait_for(self.asked, "the request")
-        self.wait_idle()
+        self.kestrel.wait_idle()
         self.assertEqual([b"/directory/index.phtml?s=" + words + b"&maxbitrate=999&numresult=20"], self.asked())
         self.assertEqual("New Search", self.kestrel.look("Genres", "Search").labels[-1])
 
     def test_enter_in_the_box_searches(self):
         self.open()
-        self.type("night jazz")
+        self.desktop.type("night jazz")
         self.desktop.picture("search")
         self.desktop.key("Return")
         self.wait_no_form("searchform")
@@ -201,13 +207,13 @@ class Search(Lists):
 
     def test_the_buttons_and_the_words_that_were_there_before(self):
         self.open()
-        self.type("rock")
+        self.desktop.type("rock")
         self.click("searchform", IDOK)
         self.wait_results(b"rock")
         self.radio.get("/control/log?clear=1")
         self.open()
         self.assertEqual("rock", self.control("searchform", SEARCH_WORDS).text)
-        self.type("soul")  # takes the place of what is selected
+        self.desktop.type("soul")  # takes the place of what is selected
         self.desktop.key("Tab", "space")
         self.wait_results(b"soul")
 
@@ -240,6 +246,7 @@ class Favourites(Lists):
         self.assertEqual(records(by_title[t] for t in titles), self.kestrel.read_list("favs"))
         self.kestrel.start()
         self.assertEqual(list(titles), self.titles())
+        self.kestrel.kill()
 
     def test_the_station_clicked_last_is_added_and_kept(self):
         self.kestrel.write_list("Jazz", [(b"My Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
@@ -247,7 +254,7 @@ class Favourites(Lists):
         self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
         self.assertEqual(["One"], self.titles())  # nothing was chosen yet
         self.kestrel.choose("Genres", "Jazz", "My Station")
-        self.wait_idle()
+        self.kestrel.wait_idle()
         self.kestrel.choose("Genres", "Favorites", "Add Actual Selection")
         self.assertEqual(["One", "My Station"], self.titles())
         self.kestrel.quit()
@@ -257,28 +264,32 @@ class Favourites(Lists):
     def test_checked_ones_are_removed_by_mouse(self):
         self.begin(self.four)
         self.organise()
-        self.assertEqual("Organize Favorites", self.form("editfavs").text)
+        self.assertEqual("Organize Favorites", self.kestrel.window("editfavs").text)
         self.assertFalse(self.control("editfavs", REMOVE).enabled)
         self.desktop.click(self.row(0))
         self.desktop.click(self.row(2))
-        self.desktop.picture("organise")
         self.click("editfavs", REMOVE)
         self.click("editfavs", IDOK)
         self.confirmed("Two", "Österreich")
 
-    def test_the_keyboard_moves_checks_and_removes(self):
-        self.begin(self.four)
-        self.organise()
-        self.desktop.key("Down", "alt+Down", "Home", "space", "Delete", "Return")
-        self.confirmed("Three & more", "Two", "Österreich")
+    def test_the_keyboard_moves_checks_removes_and_cancels(self):
+        for keys, titles in ((("Down", "alt+Down", "Home", "space", "Delete", "Return"),
+                              ("Three & more", "Two", "Österreich")),
+                             (("ctrl+a", "Delete", "Escape"), ("One", "Two", "Three & more", "Österreich"))):
+            with self.subTest(keys):
+                self.begin(self.four)
+                self.organise()
+                self.desktop.key(*keys)
+                self.confirmed(*titles)
 
-    def test_cancel_changes_nothing(self):
-        self.begin(self.four)
+    def test_thousands_are_organised(self):
+        many = [(b"Station %d" % i, b"http://127.0.0.1:9/%d" % i) for i in range(5000)]
+        self.begin(many)
         self.organise()
-        self.desktop.key("ctrl+a", "Delete")
-        wait_for(lambda: not self.control("editfavs", REMOVE).enabled, "nothing to remove")
-        self.desktop.key("Escape")
-        self.confirmed("One", "Two", "Three & more", "Österreich")
+        self.desktop.key("space", "End", "space", "Delete", "Return")
+        self.wait_no_form("editfavs")
+        self.kestrel.quit()
+        self.assertEqual(records(many[1:-1]), self.kestrel.read_list("favs"))
 
 
 if __name__ == "__main__":

@@ -1,13 +1,12 @@
 """The settings dialog: each of its rules by mouse or keyboard, and what becomes of OK."""
 
-import glob
 import os
 import shutil
 import time
 import unittest
 
 from case import Case
-from kestrel import LEFT, RIGHT
+from kestrel import RIGHT, records
 from processes import wait_for
 from settings_dialog import (CB_GETCURSEL, LB_GETCARETINDEX, LB_GETSEL, LB_GETSELCOUNT, LVM_GETITEMCOUNT, PAGES,
                              SettingsDialog)
@@ -22,24 +21,25 @@ author:Anna
 2006:Startbild zeigen
 """
 WM_ENDSESSION = 0x16
+IDOK = 1
 EMPTY_ICON = b"\0\0\1\0"
 
 
 class Settings(Case):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.shortcut = os.path.join(cls.desktop.prefix.appdata,
+                                    "Microsoft/Windows/Start Menu/Programs/StartUp/Kestrel.lnk")
+
     def open(self, **settings):
         if not self.kestrel.running():
             self.start(**settings)
         return SettingsDialog(self.kestrel)
 
-    def stored(self, *names, button=LEFT):
-        self.kestrel.quit(button)
+    def stored(self, *names, **how):
+        self.kestrel.quit(**how)
         return [self.kestrel.setting(name) for name in names]
-
-    def write_language(self, name, text):
-        folder = os.path.join(self.kestrel.data, "lang")
-        os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, name), "w", encoding="utf-8", newline="\r\n") as file:
-            file.write(text)
 
     def answer_file_dialog(self, path):
         """Types a file's name into the system's own file dialog."""
@@ -48,8 +48,7 @@ class Settings(Case):
         self.desktop.click(edit.middle)
         self.desktop.type(path)
         self.desktop.key("Return")
-        wait_for(lambda: box.window.handle not in [w.handle for w in self.kestrel.windows(visible=True)],
-                 "the file dialog to close")
+        self.kestrel.wait_gone(box.window)
 
     def test_ok_stores_everything_for_the_next_start_and_shows_it_again(self):
         dialog = self.open(player=0)
@@ -72,7 +71,7 @@ class Settings(Case):
         self.assertEqual(("77", "61"), (dialog.text("Text1"), dialog.text("Text2")))
 
     def test_the_next_start_goes_by_what_ok_stored(self):
-        self.write_language("de.kesl", GERMAN + "1010:Dschäss\n")
+        self.kestrel.write_language("de.kesl", GERMAN + "1010:Dschäss\n")
         dialog = self.open(rightmouse=2)
         dialog.choose("ic1", 1)
         dialog.page(2)
@@ -101,9 +100,7 @@ class Settings(Case):
             dialog.click("Command2")
             dialog.page(3)
             self.click_row(dialog, 0)
-            dialog.click("Command7")
-            self.answer(0)
-            wait_for(lambda: dialog.send("ListView1", LVM_GETITEMCOUNT) == 0, "the row to go")
+            self.remove_row(dialog, 0, left=0)
             dialog.page(4)
             dialog.choose("Combo1", 2)
             leave()
@@ -114,14 +111,8 @@ class Settings(Case):
 
     def test_the_keyboard_reaches_every_control_and_enter_confirms(self):
         dialog = self.open()
-        expected = ["List2", "Check1", "Check2", "Check4", "Check3", "Text1", "Text2", "ic1", "Command3", "Command4"]
-        seen = [wait_for(dialog.focus, "a focus")]
-        for _ in expected[1:]:
-            dialog.press("Tab")
-            seen.append(wait_for(lambda: (f := dialog.focus()) != seen[-1] and f, "the focus to move"))
-        self.assertEqual(expected, seen)
-        dialog.press("Tab")
-        wait_for(lambda: dialog.focus() == "List2", "the focus to come round")
+        self.assertEqual(["List2", "Check1", "Check2", "Check4", "Check3", "Text1", "Text2", "ic1", "Command3",
+                          "Command4", "List2"], dialog.tab_through(11))
         for number in range(1, 5):
             dialog.press("Down")
             wait_for(lambda: dialog[PAGES[number]].visible, f"page {number}")
@@ -174,9 +165,7 @@ class Settings(Case):
         self.assertEqual(20, dialog.send("List1", LB_GETSELCOUNT))
         dialog.click("Command2")
         self.assertEqual(0, dialog.send("List1", LB_GETSELCOUNT))
-        left, top, _, _ = dialog["List1"].rect
-        height = dialog.send("List1", 0x1A1)
-        self.desktop.click((left + 20, top + 2 + 7 * height + height // 2))
+        dialog.click_row("List1", 7)
         wait_for(lambda: dialog.send("List1", LB_GETSEL, 7) == 1, "a selection")
         dialog.ok()
         self.assertEqual(["Jazz"], [g for g in self.kestrel.look("Genres").labels if g in ("Jazz", "Pop", "World")])
@@ -196,8 +185,8 @@ class Settings(Case):
         self.assertEqual(r"C:\player.exe", dialog.text("Text3"))
 
     def test_a_language_is_in_force_at_once_and_english_at_the_next_start(self):
-        self.write_language("de.kesl", GERMAN)
-        self.write_language("nameless.kesl", "author:Nobody\n1002:X\n")
+        self.kestrel.write_language("de.kesl", GERMAN)
+        self.kestrel.write_language("nameless.kesl", "author:Nobody\n1002:X\n")
         dialog = self.open()
         dialog.choose("ic1", 1)
         dialog.wait_text("Label2", "Autor: Anna")
@@ -220,73 +209,76 @@ class Settings(Case):
         header = next(c for c in self.desktop.probe.children(dialog["ListView1"]) if c.class_name == "SysHeader32")
         self.desktop.click((left + 20, header.rect[3] + 8 + 17 * row))
 
-    def answer(self, button):
+    def remove_row(self, dialog, button, left):
+        """Asks for it and answers what comes then."""
+        dialog.click("Command7")
         box = self.kestrel.box()
         self.assertEqual("Delete this Entry?", box.text)
-        self.desktop.click(box.buttons[button].middle)
-        wait_for(lambda: not self.kestrel.boxes(), "the box to close")
+        box.close(button)
+        wait_for(lambda: dialog.send("ListView1", LVM_GETITEMCOUNT) == left, f"{left} rows")
 
-    def entry(self, class_name, title, url):
-        window = wait_for(lambda: next((w for w in self.kestrel.windows(visible=True) if w.text == class_name), None),
-                          class_name)
-        for text in title, url:
-            self.desktop.move((window.rect[0] + 30, window.rect[1] + 12))
-            self.desktop.key("ctrl+a")
-            self.desktop.type(text)
-            self.desktop.key("Tab")
-        self.desktop.key("Return")
-        wait_for(lambda: window.handle not in [w.handle for w in self.kestrel.windows(visible=True)], "it to close")
+    def entry(self, dialog, button, title):
+        """Opens the dialog of one entry."""
+        dialog.click(button)
+        window = self.kestrel.wait_window("KestrelEntryForm")
+        self.assertEqual(title, window.text)
+        self.kestrel.point(window)
+        return window
+
+    def can_confirm(self, window):
+        return next(c for c in self.desktop.probe.children(window) if c.id == IDOK).enabled
 
     def test_own_entries_are_made_edited_and_removed(self):
-        self.kestrel.write_list("special", [(b"One", b"http://127.0.0.1/1"), (b"Two", b"http://127.0.0.1/2")])
+        old = "Österreich 1 ".encode(), b"  http://127.0.0.1/?a=b&c"
+        self.kestrel.write_list("special", [old, (b"Two", b"http://127.0.0.1/2"), (b"Three", b"http://127.0.0.1/3")])
         dialog = self.open()
         dialog.page(3)
         self.assertFalse(dialog["Command7"].enabled or dialog["Command8"].enabled)
-        dialog.click("Command6")
-        self.entry("Add Own Entry", "Three", "http://127.0.0.1/3")
+        window = self.entry(dialog, "Command6", "Add Own Entry")
+        for key, complete in (("A", False), ("Return", False), ("Tab", False), ("B", True), ("BackSpace", False),
+                              ("C", True)):
+            self.desktop.key(key)
+            wait_for(lambda: self.can_confirm(window) == complete, lambda: f"after {key}: {complete}")
+        self.desktop.key("Return")
+        self.kestrel.wait_gone(window)
         self.assertTrue(dialog["Command7"].enabled and dialog["Command8"].enabled)
         self.click_row(dialog, 1)
-        dialog.click("Command7")
-        self.answer(1)
-        self.assertEqual(3, dialog.send("ListView1", LVM_GETITEMCOUNT))
-        dialog.click("Command7")
-        self.answer(0)
-        wait_for(lambda: dialog.send("ListView1", LVM_GETITEMCOUNT) == 2, "the row to go")
+        self.remove_row(dialog, 1, left=4)
+        self.remove_row(dialog, 0, left=3)
         self.assertFalse(dialog["Command7"].enabled or dialog["Command8"].enabled)
-        self.click_row(dialog, 0)
-        wait_for(lambda: dialog["Command8"].enabled, "a selection")
-        dialog.click("Command8")
-        self.entry("Edit Entry", "First", "http://127.0.0.1/first")
+        for row, keys in ((0, ["Tab", "Tab", "space"]), (1, ["X", "Escape"]), (1, ["F", "Return"])):
+            self.click_row(dialog, row)
+            wait_for(lambda: dialog["Command8"].enabled, "a selection")
+            window = self.entry(dialog, "Command8", "Edit Entry")
+            self.assertTrue(self.can_confirm(window))
+            self.desktop.key(*keys)
+            self.kestrel.wait_gone(window)
         dialog.ok()
-        self.assertEqual(b"First%#$http://127.0.0.1/first\r\nThree%#$http://127.0.0.1/3\r\n",
-                         self.kestrel.read_list("special"))
-        self.assertEqual(["First", "Three"], self.kestrel.look("Genres", "Own").labels[:2])
+        self.assertEqual(records([old, (b"F", b"http://127.0.0.1/3"), (b"A", b"C")]), self.kestrel.read_list("special"))
+        self.assertEqual(["Österreich 1 ", "F", "A"], self.kestrel.look("Genres", "Own").labels[:3])
 
     def test_launch_at_startup_is_a_shortcut_and_shown_as_what_is_true(self):
-        users = self.desktop.prefix.appdata
-        shortcut = os.path.join(users, "Microsoft/Windows/Start Menu/Programs/StartUp/Kestrel.lnk")
+        def change(leave):
+            dialog = SettingsDialog(self.kestrel)
+            was = dialog.checked("Check3")
+            dialog.click("Check3")
+            leave(dialog)
+            return was
 
-        def there():
-            return [p for p in glob.glob(os.path.join(users, "**/*.lnk"), recursive=True)]
-
-        dialog = self.open()
-        self.assertFalse(dialog.checked("Check3"))
-        dialog.click("Check3")
-        dialog.ok()
-        found = there()
-        self.assertEqual([os.path.basename(shortcut)], [os.path.basename(p) for p in found])
-        with open(found[0], "rb") as file:
-            content = file.read()
-        self.assertIn("-nos".encode("utf-16-le"), content)
-        dialog = SettingsDialog(self.kestrel)
-        self.assertTrue(dialog.checked("Check3"))
-        dialog.click("Check3")
-        dialog.cancel()
-        self.assertTrue(there())
-        dialog = SettingsDialog(self.kestrel)
-        dialog.click("Check3")
-        dialog.ok()
-        self.assertEqual([], there())
+        self.start()
+        self.assertFalse(change(SettingsDialog.ok))
+        with open(self.shortcut, "rb") as file:
+            self.assertIn("-nos".encode("utf-16-le"), file.read())
+        self.assertTrue(change(SettingsDialog.cancel))
+        self.assertTrue(os.path.exists(self.shortcut))
+        self.assertTrue(change(SettingsDialog.ok))
+        self.assertFalse(os.path.exists(self.shortcut))
+        os.makedirs(self.shortcut)  # no file of that name can be made
+        self.addCleanup(os.rmdir, self.shortcut)
+        self.assertFalse(change(lambda dialog: dialog.click("Command3")))
+        box = self.kestrel.box()
+        self.assertEqual("The Startup Folder could not be changed!", box.text)
+        box.close()
 
     def test_a_chosen_icon_shows_at_once_and_a_broken_one_is_refused(self):
         drive = os.path.join(self.desktop.prefix.folder, "drive_c")
@@ -320,24 +312,10 @@ class Settings(Case):
         dialog.write("Text1", "44")
         dialog.page(3)
         dialog.click("Command6")  # and one more dialog on top
-        wait_for(lambda: self.kestrel.windows(text="Add Own Entry", visible=True), "the entry's dialog")
+        self.kestrel.wait_window("KestrelEntryForm")
         self.desktop.probe.send(self.kestrel.form1(), WM_ENDSESSION, 1)
         self.assertEqual(0, self.kestrel.wait_end())
         self.assertEqual("33", self.kestrel.setting("maxentry"))
-
-    def test_a_startup_folder_that_cannot_be_changed_is_said(self):
-        users = self.desktop.prefix.appdata
-        folder = os.path.join(users, "Microsoft/Windows/Start Menu/Programs/StartUp")
-        blocker = os.path.join(folder, "Kestrel.lnk")
-        os.makedirs(blocker)  # no file of that name can be made
-        self.addCleanup(os.rmdir, blocker)
-        dialog = self.open()
-        dialog.click("Check3")
-        dialog.click("Command3")
-        box = self.kestrel.box()
-        self.assertEqual("The Startup Folder could not be changed!", box.text)
-        box.close()
-        dialog.closed()
 
     def test_a_click_on_the_icon_leads_to_the_open_dialog(self):
         dialog = self.open()

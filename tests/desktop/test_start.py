@@ -35,33 +35,22 @@ WM_QUERYENDSESSION, WM_ENDSESSION = 0x11, 0x16
 class Start(Case):
     def splash_texts(self, *arguments):
         """Starts; the texts of the splash that showed on the way, None without one."""
-        self.kestrel.process, seen = self.kestrel.launch(*arguments), None
-        deadline = time.monotonic() + 20
+        self.kestrel.begin(*arguments)
+        seen, deadline = None, time.monotonic() + 20
         while not self.kestrel.icon() and time.monotonic() < deadline:
-            for splash in self.desktop.probe.windows(class_name="KestrelSplash", visible=True):
-                seen = seen or [c.text for c in self.desktop.probe.children(splash)]
-        self.kestrel.start_agent()
-        wait_for(lambda: not self.kestrel.windows(class_name="KestrelSplash"), "the splash to go")
+            if not seen and (splash := self.kestrel.window("KestrelSplash")):
+                seen = [c.text for c in self.desktop.probe.children(splash)]
+        self.kestrel.wait_start()
         return seen
 
-    def box_at_start(self):
-        """Starts, and waits for a message instead of an icon."""
-        self.kestrel.process = self.kestrel.launch()
-        self.kestrel.pid = wait_for(lambda: self.desktop.probe.ask("processes", "Kestrel.exe"), "a start")[0]
-        return self.kestrel.box()
-
     def test_the_first_start_asks_for_the_language_makes_the_folders_and_quit_writes_the_settings(self):
-        self.kestrel.process = self.kestrel.launch()
-        chooser = wait_for(lambda: self.desktop.probe.windows(class_name="Form4", visible=True), "the chooser")[0]
+        self.kestrel.begin()
+        chooser = self.kestrel.wait_window("Form4")
         self.assertEqual(["data", "lang"], sorted(os.listdir(self.kestrel.data)))
         self.assertEqual(sorted(os.listdir(os.path.join(self.kestrel.folder, "lang"))),
                          sorted(os.listdir(os.path.join(self.kestrel.data, "lang"))))
-        self.assertIsNone(self.kestrel.icon())
-        self.desktop.picture("first-start")
-        self.desktop.move((chooser.rect[0] + 5, chooser.rect[1] + 5))
-        self.desktop.key("Return")
-        wait_for(self.kestrel.icon, "the icon")
-        self.kestrel.start_agent()
+        self.kestrel.press(chooser, "Return")
+        self.kestrel.wait_start()
         self.assertEqual(0, self.kestrel.quit())
         place = tuple(self.kestrel.setting(k).encode() for k in ("playerwin_left", "playerwin_top"))
         self.assertTrue(all(int(p) >= 0 for p in place))
@@ -74,7 +63,7 @@ class Start(Case):
         second = self.kestrel.launch()
         self.assertEqual(0, second.wait(10))
         self.assertEqual([self.kestrel.pid], self.desktop.probe.ask("processes", "Kestrel.exe"))
-        self.assertEqual([repr(w) for w in before], [repr(w) for w in self.kestrel.windows()])
+        self.assertEqual(before, self.kestrel.windows())
         self.assertEqual("Quit", self.kestrel.look().labels[-1])
 
     def test_the_splash_shows_as_the_settings_and_the_command_line_say(self):
@@ -102,29 +91,13 @@ class Start(Case):
         self.kestrel.write_settings(showsplash=0)
         with open(os.path.join(self.kestrel.data, "data", "kesnormal.ico"), "wb") as file:
             file.write(b"no icon")
-        box = self.box_at_start()
+        self.kestrel.begin()
+        box = self.kestrel.box()
         self.assertEqual(["The Icon File ist not Correct!", "Use Internal Icon"], box.text.splitlines())
         box.close()
-        wait_for(self.kestrel.icon, "an icon")
-        self.kestrel.start_agent()
+        self.kestrel.wait_start()
         self.kestrel.choose("Genres", "Jazz", "Reload")  # which changes the picture twice
         wait_for(lambda: os.path.exists(self.kestrel.list_file("Jazz")), "the stations")
-
-    def test_the_session_ends_while_a_message_or_a_menu_is_open(self):
-        def message():
-            self.kestrel.choose("Genres", "Jazz", "Reload")
-            self.kestrel.box()
-
-        self.kestrel.direct_to("127.0.0.1:9")  # nobody is there
-        self.addCleanup(self.kestrel.direct_to, f"127.0.0.1:{self.radio.port}")
-        for opened in lambda: self.kestrel.browse("Genres", "Jazz"), message:
-            self.start()
-            opened()
-            os.remove(os.path.join(self.kestrel.data, "settings.cfg"))
-            self.desktop.probe.send(self.kestrel.form1(), WM_ENDSESSION, 1)
-            self.assertEqual("20", self.kestrel.setting("maxentry"))
-            self.kestrel.wait_end()
-            wait_for(lambda: not self.kestrel.icon(), "the icon to go")
 
     def test_a_changed_specials_file_is_read_when_another_program_says_so(self):
         self.start()
@@ -144,28 +117,34 @@ class Start(Case):
         wait_for(self.kestrel.icon, "the icon to come back")
         self.assertEqual("Quit", self.kestrel.look().labels[-1])
 
-    def test_the_end_of_the_session_saves_everything_and_a_cancelled_one_nothing(self):
+    def test_the_end_of_the_session_saves_everything_whatever_is_open_and_a_cancelled_one_nothing(self):
+        def message():
+            self.kestrel.choose("Genres", "Jazz", "Reload")
+            self.kestrel.box()
+
+        self.without_directory()
         self.kestrel.write_list("favs", [(b"Mine", b"http://127.0.0.1/1")])
-        self.start(maxentry=33)
-        os.remove(self.kestrel.list_file("favs"))
-        form1 = self.kestrel.form1()
-        self.assertEqual(1, self.desktop.probe.send(form1, WM_QUERYENDSESSION))
-        self.desktop.probe.send(form1, WM_ENDSESSION, 0)
-        self.assertTrue(self.kestrel.running())
-        os.remove(os.path.join(self.kestrel.data, "settings.cfg"))
-        self.desktop.probe.send(form1, WM_ENDSESSION, 1)
-        # Windows ends the process when the message returns: all is written by then.
-        self.assertEqual("33", self.kestrel.setting("maxentry"))
-        self.assertEqual(b"Mine%#$http://127.0.0.1/1\r\n", self.kestrel.read_list("favs"))
-        self.assertEqual(0, self.kestrel.wait_end())
-        wait_for(lambda: not self.kestrel.icon(), "the icon to go")
+        for opened in lambda: None, lambda: self.kestrel.browse("Genres", "Jazz"), message:
+            self.start(maxentry=33)
+            opened()
+            form1 = self.kestrel.form1()
+            self.assertEqual(1, self.desktop.probe.send(form1, WM_QUERYENDSESSION))
+            self.desktop.probe.send(form1, WM_ENDSESSION, 0)
+            self.assertTrue(self.kestrel.running())
+            os.remove(self.kestrel.list_file("favs"))
+            os.remove(os.path.join(self.kestrel.data, "settings.cfg"))
+            self.desktop.probe.send(form1, WM_ENDSESSION, 1)
+            # Windows ends the process when the message returns: all is written by then.
+            self.assertEqual("33", self.kestrel.setting("maxentry"))
+            self.assertEqual(b"Mine%#$http://127.0.0.1/1\r\n", self.kestrel.read_list("favs"))
+            self.assertEqual(0, self.kestrel.wait_end())
+            wait_for(lambda: not self.kestrel.icon(), "the icon to go")
 
     def test_without_its_audio_library_it_says_so_and_ends(self):
-        library = os.path.join(self.kestrel.folder, "bass.dll")
-        os.rename(library, library + ".away")
-        self.addCleanup(os.rename, library + ".away", library)
+        self.without("bass.dll")
         self.kestrel.write_settings(showsplash=0)
-        box = self.box_at_start()
+        self.kestrel.begin()
+        box = self.kestrel.box()
         self.assertEqual(("BASS.DLL", "BASS.DLL does not exists"), (box.title, box.text))
         box.close()
         self.kestrel.wait_end()
