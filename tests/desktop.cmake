@@ -25,7 +25,7 @@ endfunction()
 # further away.
 set(subjects lists menus player player_window settings start)
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
-  list(APPEND subjects about directory language launch)
+  list(APPEND subjects about directory launch)
   desktop_test(windows windows Windows Windows150 Windows200)
   desktop_test(windows_languages windows OtherLanguages OtherLanguages200)
 endif()

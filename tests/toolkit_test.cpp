@@ -164,20 +164,6 @@ std::string many(const char* character) {
   return text;
 }
 
-TEST(MenuText, ShowsCaptionsAsTheyAre) {
-  const std::pair<const char*, const wchar_t*> cases[] = {
-      {"R&B", L"R&&B"},
-      {"ends with &", L"ends with &&"},
-      {"a\tb\r\nc\bd", L"a b  c d"},
-      {"Caf\xC3\xA9", L"Caf\u00E9"},
-      {"Caf\xE9", L"Caf\u00E9"},  // an old 8-bit list
-      {"", L""},
-  };
-  for (const auto& [caption, shown] : cases) {
-    EXPECT_EQ(window::menuText({.caption = caption}, 1000), shown) << caption;
-  }
-}
-
 TEST(Mnemonics, GiveEachCaptionALetterOfItsOwn) {
   window::Mnemonics letters;
   const std::pair<const char*, const char*> cases[] = {

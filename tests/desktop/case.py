@@ -37,19 +37,13 @@ class Case(unittest.TestCase):
     def run(self, result=None):
         """Wine's desktop now and then loses a key or a click on a busy machine: a case that
         fails begins once more from nothing, and only then it counts."""
-        first = unittest.TestResult()
-        super().run(first)
-        if not first.wasSuccessful():
-            for _, trace in first.failures + first.errors:
-                print(f"{self.id()} is tried again after\n{trace}", file=sys.stderr, flush=True)
-            return super().run(result)
-        result.startTest(self)
-        if first.skipped:
-            result.addSkip(self, first.skipped[0][1])
-        else:
-            result.addSuccess(self)
-        result.stopTest(self)
-        return result
+        failures, errors = len(result.failures), len(result.errors)
+        super().run(result)
+        again = result.failures[failures:] + result.errors[errors:]
+        del result.failures[failures:], result.errors[errors:]
+        for _, trace in again:
+            print(f"{self.id()} is tried again after\n{trace}", file=sys.stderr, flush=True)
+        return super().run(result) if again else result
 
     def start(self, *arguments, **settings):
         """With an existing settings file, so that nothing is asked at the start."""

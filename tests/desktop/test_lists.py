@@ -273,7 +273,7 @@ class Favourites(Lists):
         self.confirmed("Two", "Österreich")
 
     def test_the_keyboard_moves_checks_removes_and_cancels(self):
-        for keys, titles in ((("Down", "alt+Down", "Home", "space", "Delete", "Return"),
+        for keys, titles in ((("Down", "alt+Down", "Home", "space", "alt+Down", "End", "Delete", "Return"),
                               ("Three & more", "Two", "Österreich")),
                              (("ctrl+a", "Delete", "Escape"), ("One", "Two", "Three & more", "Österreich"))):
             with self.subTest(keys):

@@ -131,7 +131,7 @@ class Menus(Case):
 
     def test_titles_show_as_their_stations_wrote_them(self):
         titles = ((b"Rock & Roll", "Rock & Roll"), (b"&&", "&&"), ("Žižkov für".encode(), "Žižkov für"),
-                  (b"Caf\xe9 M\xfcller", "Café Müller"), (b"Tab\there", "Tab here"),
+                  (b"Caf\xe9 M\xfcller", "Café Müller"), (b"Tab\there\b\x7f", "Tab here  "),
                   (b"x" * 50, "x" * 50), (b"y" * 51, "y" * 46 + " ..."), ("ü".encode() * 50, "ü" * 50),
                   (b"-", "-"))
         self.kestrel.write_list("Jazz", [(title, b"http://127.0.0.1:9/1") for title, _ in titles])

@@ -109,6 +109,9 @@ class Player(Case):
                 self.assertEqual(more, "Error Code : 41" in box.text and box.text.endswith(
                     "Unsupported Fileformat\r\nStream not Online or Unsupported Fileformat"), box.text)
                 self.assertEqual("not playing", self.kestrel.label("song"))
+                self.desktop.click(self.kestrel.icon())
+                time.sleep(0.3)
+                self.assertEqual([], self.kestrel.popups())  # first it is answered
                 box.close()
 
     def test_without_the_plug_in_aac_is_unsupported_and_mp3_plays(self):

@@ -87,6 +87,16 @@ class Start(Case):
         self.kestrel.quit(RIGHT)
         self.assertEqual(values, {k: self.kestrel.setting(k) for k in values})
 
+    def test_old_language_files_show_their_letters_and_hostile_ones_do_no_harm(self):
+        self.kestrel.write_language("old.kesl", "1033:Größe & Co\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
+        self.start(language="old.kesl")
+        menu = self.kestrel.look()
+        self.assertEqual(["Größe & Co", "About", "Fin e"], [menu.labels[i] for i in (5, 7, 9)])
+        self.kestrel.kill()
+        self.kestrel.write_language("noise.kesl", bytes(range(256)) * 2000 + b"\n1035:" + b"x" * 100000)
+        self.start(language="noise.kesl")
+        self.assertEqual(0, self.kestrel.quit())
+
     def test_a_broken_icon_file_is_reported_and_replaced(self):
         self.kestrel.write_settings(showsplash=0)
         with open(os.path.join(self.kestrel.data, "data", "kesnormal.ico"), "wb") as file:

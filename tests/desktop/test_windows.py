@@ -95,6 +95,27 @@ class Windows(Case):
         self.desktop.click(self.kestrel.control("mini").middle)
         wait_for(lambda: self.kestrel.player().rect == whole, "the whole window")
 
+    def see_menus(self):
+        """Every one has the language's texts, letter by letter."""
+        def names(*ids):
+            return [self.words[str(i)] for i in ids]
+
+        if self.words is ENGLISH:
+            return
+        self.assertEqual(names(6005, 6006), [self.kestrel.control(name).text for name in ("pin", "mini")])
+        menu = self.kestrel.open_menu()
+        self.assertEqual(names(1002, 1026, 1041, 1033, 1034, 1035), [label for label in menu.labels if label != "-"])
+        self.assertEqual(names(1042, 1043, 1048, 1045),
+                         [t for t in self.kestrel.hover(menu, names(1041)[0]).labels if t in self.words.values()])
+        self.assertEqual(names(*range(1027, 1033)), self.kestrel.hover(menu, names(1026)[0]).labels)
+        genres = self.kestrel.hover(menu, names(1002)[0])
+        self.assertEqual(names(*range(1003, 1022), 1038, 1037, 1024, 1023),
+                         [label for label in genres.labels if label != "-"])
+        for entry, texts_inside in ((1038, names(1039)), (1024, names(1025, 5001)), (1003, names(1022))):
+            inside = self.kestrel.hover(genres, names(entry)[0]).labels
+            self.assertLessEqual(set(texts_inside), set(inside))
+        self.kestrel.close_menus()
+
     def see_volume(self):
         self.open("1041", "1048")
         popup = self.kestrel.wait_window("volform")
@@ -147,11 +168,12 @@ class Windows(Case):
         self.kestrel.write_list("favs", [(b"Half Moon Jazz", b"http://127.0.0.1/1.pls"),
                                          ("Радио Полынья & Co".encode(), b"http://127.0.0.1/2.pls")])
         self.kestrel.write_list("special", [(b"My own station", b"http://127.0.0.1/live")])
-        self.start(playerstart=1, genre=";".join("1" if i in (0, 1, 19) else "0" for i in range(20)))
+        self.start(playerstart=1)
         self.words = ENGLISH
         for language in self.languages:
             self.speak(language)
             self.see_player()
+            self.see_menus()
             self.see_volume()
             self.see_settings()
             self.see_dialog("about", "Form3", "1034")
@@ -179,7 +201,10 @@ class Windows(Case):
             self.kestrel.begin()
             self.kestrel.box()
             self.kestrel.inject_agent()
-            self.see("splash", self.kestrel.wait_window("KestrelSplash"))
+            splash = self.kestrel.wait_window("KestrelSplash")
+            self.see("splash", splash)
+            if file:
+                self.assertIn(texts(file)["0001"], [child.text for child in self.desktop.probe.children(splash)])
             self.kestrel.kill()
         self.assertEqual("", "\n".join(self.found))
 
