@@ -4,7 +4,6 @@ screen, pictures and the sound that was heard as its report in build/tour/."""
 
 import os
 import sys
-import wave
 
 TOP = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 REPORT = os.path.join(TOP, "build/tour")
@@ -23,16 +22,6 @@ from processes import wait_for  # noqa: E402
 
 def say(text):
     print("  " + text, flush=True)
-
-
-def write_wave(samples):
-    file = os.path.join(REPORT, "heard.wav")
-    with wave.open(file, "wb") as out:
-        out.setnchannels(1)
-        out.setsampwidth(2)
-        out.setframerate(sound.RATE)
-        out.writeframes(samples.tobytes())
-    return file
 
 
 def tour(desktop, radio):
@@ -54,13 +43,14 @@ def tour(desktop, radio):
     say(f"{kestrel.label('name')} plays “{song}”, {kestrel.label('bitrate')}, "
         f"{kestrel.label('format')}: " + desktop.picture("3-player"))
 
-    heard = desktop.speakers.listen(4)
+    heard, file = desktop.speakers.listen(4), os.path.join(REPORT, "heard.wav")
+    sound.keep(heard, file)
     if sound.loudness(heard) < 0.01:
         raise RuntimeError("nothing was heard")
     tones = {s.tone for s in radio.stations() if s.genre == GENRE}
     right = sound.loudest(heard, tones) == station.tone
     say(f"heard at {sound.loudness(heard):.0%} of full scale, "
-        f"{'the' if right else 'NOT the'} tone of the station ({station.tone:.0f} Hz): " + write_wave(heard))
+        f"{'the' if right else 'NOT the'} tone of the station ({station.tone:.0f} Hz): " + file)
     if not right:
         raise RuntimeError("another sound than the station's")
 

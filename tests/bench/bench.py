@@ -103,14 +103,13 @@ class Bench:
     def wait_no_icon(self):
         wait_for(lambda: not self.kestrel.icon(), "the icon to go", 20)
 
+    def in_turns(self, *starts):
+        """What each of them measured; the first round fills the system's caches."""
+        rounds = [[start() for start in starts] for _ in range(OPTIONS.rounds + 1)]
+        return zip(*rounds[1:])
+
     def start(self):
-        programs = (self.tool("minimal_tray.exe"),), ("C:\\Kestrel\\Kestrel.exe", "-nos")
-        results = [[], []]
-        for turn in range(OPTIONS.rounds + 1):
-            for program, result in zip(programs, results):
-                measured = self.start_once(*program)
-                if turn > 0:  # the first start fills the system's caches
-                    result.append(measured)
+        results = list(self.in_turns(lambda: self.start_once(self.tool("minimal_tray.exe")), self.start_kestrel_once))
         times = [median([t for t, _ in r]) for r in results]
         memory = [median([m for _, m in r]) for r in results]
         row("start to icon, minimal program", f"{times[0]:.0f} ms")
@@ -125,17 +124,17 @@ class Bench:
         for number, genre in enumerate(GENRES):
             self.kestrel.write_list(genre, (self.list_of(number) * 10)[:stations])
 
+    def start_kestrel_once(self):
+        return self.start_once("C:\\Kestrel\\Kestrel.exe", "-nos")
+
+    def start_with(self, stations):
+        self.write_lists(stations)
+        return self.start_kestrel_once()[0]
+
     def caches(self):
         """Starts with few and with many stations, in turn."""
-        sizes, results = (100, 1000), [[], []]
-        for turn in range(OPTIONS.rounds + 1):
-            for size, result in zip(sizes, results):
-                self.write_lists(size)
-                milliseconds, _ = self.start_once("C:\\Kestrel\\Kestrel.exe", "-nos")
-                if turn > 0:
-                    result.append(milliseconds)
-        self.write_lists(sizes[0])
-        few, many = map(median, results)
+        few, many = (median(times) for times in self.in_turns(lambda: self.start_with(100), lambda: self.start_with(1000)))
+        self.write_lists(100)
         row("start to icon with 20 lists of 100 stations", f"{few:.0f} ms")
         return row("start to icon with 20 lists of 1000 stations", f"{many:.0f} ms = {many / few:.2f} x",
                    "at most 1.3 x", many <= 1.3 * few)

@@ -2,9 +2,12 @@
 // Needs windows.h first.
 #include <commctrl.h>
 
-#include <algorithm>
 #include <array>
 #include <string>
+
+#include "window/font.h"
+#include "window/gdi.h"
+#include "window/window.h"
 
 namespace desktop_test {
 namespace {
@@ -19,26 +22,14 @@ constexpr int kColumnEdges = 12;
 
 class Measure {
  public:
-  Measure(Json& json, HWND control) : json_(json), control_(control), dc_(GetDC(control)) {
-    auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    if (font == nullptr) font = static_cast<HFONT>(GetStockObject(SYSTEM_FONT));
-    former_ = SelectObject(dc_, font);
+  Measure(Json& json, HWND control) : json_(json), control_(control), dc_(control) {
     GetClientRect(control, &client_);
-    style_ = static_cast<UINT>(GetWindowLongW(control, GWL_STYLE));
   }
-  ~Measure() {
-    SelectObject(dc_, former_);
-    ReleaseDC(control_, dc_);
-  }
-  Measure(const Measure&) = delete;
-  Measure& operator=(const Measure&) = delete;
 
   void write() {
-    std::array<wchar_t, 64> name{};
-    GetClassNameW(control_, name.data(), static_cast<int>(name.size()));
     RECT rect{};
     GetWindowRect(control_, &rect);
-    const std::wstring kind(name.data());
+    const std::wstring kind = className(control_);
     const bool is_group = kind == L"Button" && (style_ & BS_TYPEMASK) == BS_GROUPBOX;
     json_.open('{').fields("id", 0LL + GetDlgCtrlID(control_), "group", is_group, "rect", rect);
     json_.key("texts").open('[');
@@ -54,22 +45,16 @@ class Measure {
 
  private:
   [[nodiscard]] int units(int size) const {
-    return MulDiv(size, GetDeviceCaps(dc_, LOGPIXELSX), kBase);
+    return MulDiv(size, GetDeviceCaps(dc_.get(), LOGPIXELSX), kBase);
   }
 
   /// `format` as DrawText takes it; `taken` of the control's width is not for the text.
   void text(const std::wstring& text, UINT format, int taken) {
     const SIZE room{client_.right - taken, client_.bottom};
     RECT area{0, 0, room.cx, 0};
-    DrawTextW(dc_, text.c_str(), static_cast<int>(text.size()), &area, format | DT_CALCRECT);
+    DrawTextW(dc_.get(), text.c_str(), static_cast<int>(text.size()), &area, format | DT_CALCRECT);
     const bool cut = area.right > room.cx || area.bottom > room.cy;
     if (cut) json_.value(std::wstring_view(text));
-  }
-
-  [[nodiscard]] int lineHeight() const {
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(dc_, &metrics);
-    return metrics.tmHeight;
   }
 
   void label() {
@@ -77,8 +62,8 @@ class Measure {
     const UINT prefix = (style_ & SS_NOPREFIX) != 0 ? DT_NOPREFIX : 0;
     const bool one_line = (style_ & (SS_ENDELLIPSIS | SS_CENTERIMAGE)) != 0 ||
                           (style_ & SS_TYPEMASK) == SS_OWNERDRAW ||
-                          client_.bottom < 2 * lineHeight();
-    text(textOf(control_), prefix | (one_line ? DT_SINGLELINE : DT_WORDBREAK), 0);
+                          client_.bottom < 2 * window::lineHeight(font_);
+    text(window::windowText(control_), prefix | (one_line ? DT_SINGLELINE : DT_WORDBREAK), 0);
   }
 
   void button() {
@@ -91,13 +76,14 @@ class Measure {
     // A button with a picture has its text for screen readers only.
     const bool picture = client_.right <= client_.bottom;
     if (picture) return;
-    text(textOf(control_), DT_SINGLELINE | (type == BS_OWNERDRAW ? DT_NOPREFIX : 0), taken);
+    text(window::windowText(control_), DT_SINGLELINE | (type == BS_OWNERDRAW ? DT_NOPREFIX : 0),
+         taken);
   }
 
   // What a field of one line holds may be scrolled to.
   void edit() {
     const bool lines = (style_ & ES_MULTILINE) != 0;
-    text(lines ? textOf(control_) : L"Wg",
+    text(lines ? window::windowText(control_) : L"Wg",
          DT_NOPREFIX | (lines ? DT_WORDBREAK | DT_EDITCONTROL : DT_SINGLELINE), 0);
   }
 
@@ -128,10 +114,11 @@ class Measure {
 
   Json& json_;
   const HWND control_;
-  const HDC dc_;
-  HGDIOBJ former_ = nullptr;
+  const window::WindowDc dc_;
+  const HFONT font_ = reinterpret_cast<HFONT>(SendMessageW(control_, WM_GETFONT, 0, 0));
+  const window::SelectScope selected_{dc_.get(), font_ ? font_ : GetStockObject(SYSTEM_FONT)};
+  const UINT style_ = static_cast<UINT>(GetWindowLongW(control_, GWL_STYLE));
   RECT client_{};
-  UINT style_ = 0;
 };
 
 struct Children {
@@ -150,26 +137,18 @@ BOOL CALLBACK measureChild(HWND control, LPARAM lparam) {
 }
 
 /// Whether the title is wider than its bar has room, between the icon and the buttons.
-void writeTitle(Json& json, HWND window) {
+bool cutsTitle(HWND window) {
   const auto style = static_cast<UINT>(GetWindowLongW(window, GWL_STYLE));
-  const bool has_title = (style & WS_CAPTION) == WS_CAPTION;
-  std::array<wchar_t, 256> title{};
-  if (has_title) GetWindowTextW(window, title.data(), static_cast<int>(title.size()));
+  if ((style & WS_CAPTION) != WS_CAPTION) return false;
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof(metrics);
   SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-  const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
-  const HDC dc = GetDC(nullptr);
-  const HGDIOBJ former = SelectObject(dc, font);
-  SIZE size{};
-  GetTextExtentPoint32W(dc, title.data(), lstrlenW(title.data()), &size);
-  SelectObject(dc, former);
-  DeleteObject(font);
-  ReleaseDC(nullptr, dc);
+  const window::UniqueFont font(CreateFontIndirectW(&metrics.lfCaptionFont));
   RECT client{};
   GetClientRect(window, &client);
   const int buttons = (style & WS_MAXIMIZEBOX) != 0 ? 3 : 1;
-  json.fields("cut", size.cx > client.right - (buttons + 1) * GetSystemMetrics(SM_CXSIZE));
+  return window::textWidth(font.get(), window::windowText(window)) >
+         client.right - (buttons + 1) * GetSystemMetrics(SM_CXSIZE);
 }
 
 }  // namespace
@@ -178,9 +157,7 @@ void writeMeasures(Json& json, HWND window) {
   RECT client{};
   GetClientRect(window, &client);
   MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
-  json.open('{').fields("client", client);
-  writeTitle(json, window);
-  json.key("controls").open('[');
+  json.open('{').fields("client", client, "cut", cutsTitle(window)).key("controls").open('[');
   Children children{json, window};
   EnumChildWindows(window, measureChild, reinterpret_cast<LPARAM>(&children));
   json.close(']').close('}');

@@ -9,12 +9,10 @@ namespace desktop_test {
 namespace {
 
 BOOL CALLBACK collectPopup(HWND window, LPARAM list) {
-  std::array<wchar_t, 16> name{};
-  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
   DWORD process = 0;
   GetWindowThreadProcessId(window, &process);
   if (process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE &&
-      std::wstring_view(name.data()) == L"#32768")
+      className(window) == L"#32768")
     reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
   return TRUE;
 }

@@ -66,6 +66,10 @@ class Case(unittest.TestCase):
         lines = self.radio.log().splitlines()
         return [t for t in (line.split(b"\t")[1] for line in lines) if not t.startswith(b"/control")]
 
+    def station(self, title, playlist="jazz-1.pls"):
+        """A list's record of one that plays."""
+        return title.encode(), f"{self.radio.url}/playlist/{playlist}".encode()
+
     def station_list(self, query):
         """(title, address) of the stations on a directory page, as a cache file holds them."""
         page = self.radio.get("/directory/index.phtml?" + query)

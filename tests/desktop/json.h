@@ -75,18 +75,10 @@ inline long long handle(const void* handle) {
   return reinterpret_cast<INT_PTR>(handle);
 }
 
-/// What a screen reader would get; empty of a window that hangs.
-inline std::wstring textOf(HWND window) {
-  const auto ask = [window](UINT message, std::size_t size, wchar_t* text) {
-    constexpr UINT kPatience = 20'000;  // ms; the machine may be busy
-    DWORD_PTR length = 0;
-    SendMessageTimeoutW(window, message, size, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
-                        kPatience, &length);
-    return length;
-  };
-  std::wstring text(ask(WM_GETTEXTLENGTH, 0, nullptr) + 1, L'\0');
-  text.resize(ask(WM_GETTEXT, text.size(), text.data()));
-  return text;
+inline std::wstring className(HWND window) {
+  std::array<wchar_t, 128> name{};
+  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+  return name.data();
 }
 
 /// Where the agent within a process answers.

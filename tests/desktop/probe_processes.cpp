@@ -51,22 +51,25 @@ void terminate(const Words& words, Json& answer) {
   answer.value(WaitForSingleObject(target.get(), kPatience) == WAIT_OBJECT_0);
 }
 
-BOOL CALLBACK countIcon(HWND window, LPARAM count) {
-  DWORD taskbar = 0, process = 0;
-  GetWindowThreadProcessId(FindWindowW(L"Shell_TrayWnd", nullptr), &taskbar);
+struct Icons {
+  DWORD taskbar;  ///< its process
+  int count;
+};
+
+BOOL CALLBACK countIcon(HWND window, LPARAM lparam) {
+  auto& icons = *reinterpret_cast<Icons*>(lparam);
+  DWORD process = 0;
   GetWindowThreadProcessId(window, &process);
-  std::array<wchar_t, 32> name{};
-  GetClassNameW(window, name.data(), static_cast<int>(name.size()));
-  if (process == taskbar && std::wstring_view(name.data()) == L"tooltips_class32")
-    ++*reinterpret_cast<int*>(count);
+  if (process == icons.taskbar && className(window) == L"tooltips_class32") ++icons.count;
   return TRUE;
 }
 
 /// In the notification area: under Wine each icon brings its own tip window along.
 int icons() {
-  int count = 0;
-  EnumWindows(countIcon, reinterpret_cast<LPARAM>(&count));
-  return count;
+  Icons icons{};
+  GetWindowThreadProcessId(FindWindowW(L"Shell_TrayWnd", nullptr), &icons.taskbar);
+  EnumWindows(countIcon, reinterpret_cast<LPARAM>(&icons));
+  return icons.count;
 }
 
 /// Starts a program and waits for its icon: whenready COMMAND. Answers its process id

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "probe.h"
+#include "window/window.h"
 
 namespace desktop_test {
 namespace {
@@ -23,31 +24,30 @@ LRESULT ask(HWND target, UINT message, WPARAM wparam, LPARAM lparam) {
   return static_cast<LRESULT>(result);
 }
 
-/// The caption as the system keeps it; a hanging window gives it too.
-std::wstring captionOf(HWND target) {
-  std::array<wchar_t, 512> text{};
-  GetWindowTextW(target, text.data(), static_cast<int>(text.size()));
-  return text.data();
+/// What a screen reader would get.
+std::wstring textOf(HWND target) {
+  std::wstring text(static_cast<std::size_t>(ask(target, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
+  const LRESULT length =
+      ask(target, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<std::size_t>(length));
+  return text;
 }
 
 void describe(Json& json, HWND target, const std::wstring& text) {
-  std::array<wchar_t, 128> name{};
-  GetClassNameW(target, name.data(), static_cast<int>(name.size()));
   DWORD process = 0;
   GetWindowThreadProcessId(target, &process);
   RECT rect{};
   GetWindowRect(target, &rect);
   json.open('{')
-      .fields("handle", handle(target), "class_name", std::wstring_view(name.data()), "text",
-              std::wstring_view(text), "process", 0LL + process, "id", 0LL + GetDlgCtrlID(target),
-              "visible", IsWindowVisible(target) != FALSE, "enabled",
-              IsWindowEnabled(target) != FALSE, "topmost",
-              (GetWindowLongW(target, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0, "rect", rect)
+      .fields("handle", handle(target), "class_name", className(target), "text", text, "process",
+              0LL + process, "id", 0LL + GetDlgCtrlID(target), "visible",
+              IsWindowVisible(target) != FALSE, "enabled", IsWindowEnabled(target) != FALSE,
+              "topmost", (GetWindowLongW(target, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0, "rect", rect)
       .close('}');
 }
 
 BOOL CALLBACK describeTop(HWND target, LPARAM json) {
-  describe(*reinterpret_cast<Json*>(json), target, captionOf(target));
+  describe(*reinterpret_cast<Json*>(json), target, window::windowText(target));
   return TRUE;
 }
 

@@ -22,7 +22,7 @@ class Launch(Case):
 
     def start_with(self, *playlists, **settings):
         """With a station for each of these, called by it."""
-        self.kestrel.write_list("Jazz", [(p.encode(), f"{self.radio.url}/playlist/{p}".encode()) for p in playlists])
+        self.kestrel.write_list("Jazz", [self.station(p, p) for p in playlists])
         self.start(**settings)
 
     def click(self, playlist):

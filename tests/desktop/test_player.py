@@ -32,7 +32,7 @@ class Player(Case):
 
     def play(self, mount="jazz-1", wait=True, **settings):
         """The only station of a genre is clicked."""
-        self.kestrel.write_list("Jazz", [(b"The Station", f"{self.radio.url}/playlist/{mount}.pls".encode())])
+        self.kestrel.write_list("Jazz", [self.station("The Station", mount + ".pls")])
         if not self.kestrel.running():
             self.start(player=2, **settings)
         self.kestrel.choose("Genres", "Jazz", "The Station")
@@ -117,8 +117,7 @@ class Player(Case):
     def test_without_the_plug_in_aac_is_unsupported_and_mp3_plays(self):
         self.without("bass_aac.dll")
         aac = next(m for m, s in self.stations.items() if s.codec == "aac")
-        self.kestrel.write_list("Jazz", [(m.encode(), f"{self.radio.url}/playlist/{m}.pls".encode())
-                                         for m in (aac, "jazz-1")])
+        self.kestrel.write_list("Jazz", [self.station(m, m + ".pls") for m in (aac, "jazz-1")])
         self.start(player=2)
         box = self.kestrel.box()
         self.assertEqual(("bass_aac.dll", "bass_aac.dll not found. AAC support disabled"), (box.title, box.text))

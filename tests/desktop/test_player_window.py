@@ -21,7 +21,7 @@ class Window(Case):
 
     def setUp(self):
         super().setUp()
-        self.kestrel.write_list("Jazz", [(b"The Station", f"{self.radio.url}/playlist/jazz-1.pls".encode())])
+        self.kestrel.write_list("Jazz", [self.station("The Station")])
         self.start(player=2, playerstart=1, playerwin_left=3000, playerwin_top=1500, leftmouse=0, rightmouse=2)
 
     def play(self):
@@ -199,7 +199,7 @@ class Window(Case):
     def test_a_name_that_is_cut_is_told_whole_below_the_pointer(self):
         self.kestrel.kill()
         name = "A station with much more name than the player has room"
-        self.kestrel.write_list("Jazz", [(name.encode(), f"{self.radio.url}/playlist/jazz-1.pls".encode())])
+        self.kestrel.write_list("Jazz", [self.station(name)])
         self.start(player=2, playerstart=1, maxchar=100)
         self.radio.switch("stream", "hang")  # and so never tells a name of its own
         self.kestrel.choose("Genres", "Jazz", name)
