@@ -17,9 +17,7 @@ constexpr std::string_view kBuffering = "buffering... ";
 }  // namespace
 
 void PlayerWindow::post(std::function<void()> change) {
-  parts_.queue.post([alive = std::weak_ptr(alive_), change = std::move(change)] {
-    if (!alive.expired()) change();
-  });
+  parts_.queue.post(std::move(change));
 }
 
 void PlayerWindow::lblName(std::string text) {

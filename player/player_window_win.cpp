@@ -57,7 +57,6 @@ PlayerWindow::~PlayerWindow() {
   KillTimer(window::Window::handle(), kIdTimer1);
   parts_.captions.forget(captions_listener_);
   parts_.volume.forget(volume_listener_);
-  alive_.reset();
   if (tips_ != nullptr) DestroyWindow(tips_);
   destroy();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -28,7 +27,8 @@ struct PlayerActions {
   std::function<void(bool wanted)> recordstatus;  ///< of chkSave
 };
 
-/// What the player window is made from; all of it outlives the window.
+/// What the player window is made from; all of it outlives the window. Nothing that is
+/// queued runs after the window's end: its owner closes the queue before.
 struct PlayerWindowParts {
   app::Captions& captions;
   app::Desktop& desktop;
@@ -139,9 +139,6 @@ class PlayerWindow final : public window::Window, public PlayerView, private win
   POINT place_{};             ///< of the window when not minimized
   bool by_keyboard_ = false;  ///< the listener tabs about: the focus shows
   window::HotControl hot_;
-
-  /// What is posted from other threads finds out by this whether the window lives.
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace player
