@@ -1,15 +1,14 @@
 // A day of listening and a thousand changes of the station leave memory, threads and
 // handles as they were. Small numbers unless the environment asks for the large ones:
 // KESTREL_HOURS of sound, KESTREL_CHANGES of the station.
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
-#include "engine/engine.h"
 #include "tests/engine_harness.h"
 
 namespace engine_test {
@@ -29,11 +28,8 @@ double wish(const char* name, double otherwise) {
 }
 
 size_t entriesOf(const char* folder) {
-  size_t count = 0;
-  DIR* open = opendir(folder);
-  while (readdir(open) != nullptr) ++count;
-  closedir(open);
-  return count;
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<size_t>(std::distance(begin(entries), end(entries)));
 }
 
 /// Memory that no file stands behind, in KiB. What the C library keeps of what was
@@ -46,34 +42,6 @@ long privateMemory() {
   }
   return 0;
 }
-
-/// Takes sound as fast as it comes.
-class Bottomless final : public engine::OutputFactory {
- public:
-  explicit Bottomless(std::shared_ptr<std::atomic<uint64_t>> frames) : frames_(std::move(frames)) {}
-  std::unique_ptr<engine::Output> open(const engine::Interrupt&) override {
-    return std::make_unique<Device>(frames_);
-  }
-
- private:
-  class Device final : public engine::Output {
-   public:
-    explicit Device(std::shared_ptr<std::atomic<uint64_t>> frames) : frames_(std::move(frames)) {}
-    unsigned rate() const override { return 48000; }
-    bool write(std::span<const float>& samples) override {
-      *frames_ += samples.size() / kChannels;
-      samples = {};
-      return true;
-    }
-    void flush() override {}
-    unsigned pendingMilliseconds() override { return 0; }
-    void finish(std::span<const float>) override {}
-
-   private:
-    std::shared_ptr<std::atomic<uint64_t>> frames_;
-  };
-  std::shared_ptr<std::atomic<uint64_t>> frames_;
-};
 
 /// Sound with a new title every eight seconds.
 void sendHours(const ScriptedServer& server, double hours) {
@@ -88,11 +56,7 @@ void sendHours(const ScriptedServer& server, double hours) {
       bytes.append(loop, at, step);
       at = (at + step) % loop.size();
     }
-    std::string title;
-    if (second % 8 == 0) title = "StreamTitle='Second " + std::to_string(second) + "';";
-    const size_t blocks = (title.size() + 15) / 16;
-    title.resize(blocks * 16);
-    server.send(bytes + static_cast<char>(blocks) + title);
+    server.send(bytes + titleBlock(second % 8 == 0 ? "Second " + std::to_string(second) : ""));
   }
 }
 
@@ -100,10 +64,10 @@ const bool kOneArena = mallopt(M_ARENA_MAX, 1) != 0;
 
 TEST(Endurance, ALongTimeOfListeningTakesNoMoreMemoryThanAShortOne) {
   const double hours = wish("KESTREL_HOURS", 0.1);
-  auto frames = std::make_shared<std::atomic<uint64_t>>(0);
   std::atomic<int> titles{0};
   Session session;
-  engine::instance().useOutput(std::make_unique<Bottomless>(frames));
+  session.reel()->swallows = true;
+  const std::atomic<uint64_t>& frames = session.reel()->frames;
   ScriptedServer server;
   std::thread sending([&] {
     server.accept();
@@ -118,9 +82,9 @@ TEST(Endurance, ALongTimeOfListeningTakesNoMoreMemoryThanAShortOne) {
   BASS_ChannelSetSync(stream, BASS_SYNC_META, 0, count, reinterpret_cast<uintptr_t>(&titles));
   EXPECT_TRUE(BASS_ChannelPlay(stream, 0));
   long before = 0;
-  for (uint64_t all = static_cast<uint64_t>(hours * 3600 * 48000 * 0.98); *frames < all;) {
+  for (uint64_t all = static_cast<uint64_t>(hours * 3600 * 48000 * 0.98); frames < all;) {
     std::this_thread::sleep_for(20ms);
-    if (before == 0 && *frames > all / 4) before = privateMemory();
+    if (before == 0 && frames > all / 4) before = privateMemory();
   }
   const long after = privateMemory();
   sending.join();
@@ -133,41 +97,37 @@ TEST(Endurance, ALongTimeOfListeningTakesNoMoreMemoryThanAShortOne) {
 }
 
 TEST(Endurance, FastChangesOfTheStationDoNotPileUp) {
-  DemoRadio radio;
   Session session;
-  const std::string url = radio.stream(radio.station("mp3", 44100));
+  const std::string url = radio().stream(radio().station("mp3", 44100));
   const size_t before = entriesOf("/proc/self/task");
-  size_t most = 0;
   for (int change = 0; change < 10; ++change) {
     Listener listener;
     const HSTREAM stream = listener.play(url);
     ASSERT_NE(0u, stream);
-    most = std::max(most, entriesOf("/proc/self/task"));
+    // The present one's three, and the last one's fading sound.
+    EXPECT_LE(entriesOf("/proc/self/task"), before + 4);
     session.listen(0.01);
     EXPECT_TRUE(BASS_StreamFree(stream));
   }
-  // The present one's three, and the last one's fading sound.
-  EXPECT_LE(most, before + 4);
 }
 
+struct Holdings {
+  size_t threads, files;
+  long memory;  ///< KiB
+};
+
 TEST(Endurance, ChangesOfTheStationLeaveNothingBehind) {
-  DemoRadio radio;
   Session session;
-  engine::instance().useOutput(
-      std::make_unique<Bottomless>(std::make_shared<std::atomic<uint64_t>>(0)));
+  session.reel()->swallows = true;
   const int changes = static_cast<int>(wish("KESTREL_CHANGES", 200));
-  const std::string good = radio.stream(radio.station("mp3", 44100));
-  const std::string bad = radio.stream(radio.station("mp3", 44100), "hang-body-3000");
-  size_t threads = 0;
-  size_t files = 0;
-  long memory = 0;
-  const auto count = [&] {
+  const std::string good = radio().stream(radio().station("mp3", 44100));
+  const std::string bad = radio().stream(radio().station("mp3", 44100), "hang-body-3000");
+  const auto count = [] {
     EXPECT_TRUE(BASS_Free());  // waits for what fades
     EXPECT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
-    threads = entriesOf("/proc/self/task");
-    files = entriesOf("/proc/self/fd");
-    memory = privateMemory();
+    return Holdings{entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"), privateMemory()};
   };
+  Holdings before = {};
   for (int change = 0; change < changes; ++change) {
     Listener listener;
     const HSTREAM stream = change % 4 == 3 ? listener.create(bad) : listener.play(good);
@@ -176,20 +136,16 @@ TEST(Endurance, ChangesOfTheStationLeaveNothingBehind) {
       EXPECT_TRUE(BASS_ChannelStop(stream));
     }
     EXPECT_TRUE(BASS_StreamFree(stream));
-    if (change == changes / 4) count();
+    if (change == changes / 4) before = count();
   }
-  const size_t threads_before = threads;
-  const size_t files_before = files;
-  const long memory_before = memory;
-  count();
-  std::printf("%d changes: %zu, %zu threads, %zu, %zu files, %ld, %ld KiB\n", changes,
-              threads_before, threads, files_before, files, memory_before, memory);
-  EXPECT_EQ(threads_before, threads);
-  EXPECT_EQ(files_before, files);
+  const Holdings after = count();
+  std::printf("%d changes: %ld KiB, then %ld KiB\n", changes, before.memory, after.memory);
+  EXPECT_EQ(before.threads, after.threads);
+  EXPECT_EQ(before.files, after.files);
   if (kMemoryIsOurs && kOneArena) {
     // A stream that stayed would be its buffer and more, a listener of it some hundred
     // bytes.
-    EXPECT_LE(memory - memory_before, 512 + changes / 16);
+    EXPECT_LE(after.memory - before.memory, 512 + changes / 16);
   }
 }
 

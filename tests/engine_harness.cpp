@@ -13,8 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
+#include <future>
 #include <numbers>
 #include <sstream>
 #include <utility>
@@ -35,12 +35,34 @@ sockaddr_in loopback(int port) {
   return address;
 }
 
+/// A connected socket; -1 where nobody listens. One that does not wait is connected later.
 int connectTo(int port, bool wait = true) {
   const int client = socket(AF_INET, SOCK_STREAM | (wait ? 0 : SOCK_NONBLOCK), 0);
   const sockaddr_in address = loopback(port);
   const int result = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  EXPECT_TRUE(result == 0 || !wait);
-  return client;
+  if (result == 0 || !wait) return client;
+  ::close(client);
+  return -1;
+}
+
+void sendAll(int to, const std::string& bytes) {
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t sent = ::send(to, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    if (sent <= 0) return;  // the other side has left, which the test sees elsewhere
+    done += static_cast<size_t>(sent);
+  }
+}
+
+/// What comes until the other side closes, or this end of what is waited for has come.
+std::string receive(int from, std::string_view end) {
+  std::string all;
+  char some[4096];
+  while (end.empty() || all.find(end) == all.npos) {
+    const ssize_t got = recv(from, some, sizeof some, 0);
+    if (got <= 0) break;
+    all.append(some, static_cast<size_t>(got));
+  }
+  return all;
 }
 
 class TapeOutput final : public engine::Output {
@@ -51,6 +73,7 @@ class TapeOutput final : public engine::Output {
   unsigned rate() const override { return Tape::kRate; }
 
   bool write(std::span<const float>& samples) override {
+    if (!reel_->has_device) return false;
     while (pendingMilliseconds() > 300) {
       if (interrupt_.wait(milliseconds(20))) return true;
     }
@@ -69,12 +92,13 @@ class TapeOutput final : public engine::Output {
 
  private:
   void keep(std::span<const float> samples) {
+    const size_t frames = samples.size() / kChannels;
+    reel_->frames += frames;
+    if (reel_->swallows) return;
     const auto now = Time::now();
     if (until_ != Time::time_point{} && until_ < now) ++reel_->gaps;
-    until_ = std::max(until_, now) +
-             std::chrono::microseconds(samples.size() / kChannels * 1'000'000 / Tape::kRate);
+    until_ = std::max(until_, now) + std::chrono::microseconds(frames * 1'000'000 / Tape::kRate);
     const std::lock_guard lock(reel_->mutex);
-    if (reel_->left.empty()) reel_->first_sound = now;
     for (size_t i = 0; i < samples.size(); i += kChannels) reel_->left.push_back(samples[i]);
   }
 
@@ -104,14 +128,9 @@ Process::~Process() {
   waitpid(id_, nullptr, 0);
 }
 
-Folder::Folder() {
-  char path[] = "/tmp/engine-test-XXXXXX";
-  if (mkdtemp(path) == nullptr) throw std::runtime_error("no folder in /tmp");
-  path_ = path;
-}
-
-Folder::~Folder() {
-  std::filesystem::remove_all(path_);
+std::string contents(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 int freePort() {
@@ -129,24 +148,10 @@ int freePort() {
   }
 }
 
-bool isListening(int port) {
-  const int client = socket(AF_INET, SOCK_STREAM, 0);
-  const sockaddr_in address = loopback(port);
-  const int result = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  ::close(client);
-  return result == 0;
-}
-
 std::string fetch(int port, const std::string& path, const std::string& headers) {
   const int client = connectTo(port);
-  const std::string request = "GET " + path + " HTTP/1.0\r\n" + headers + "\r\n";
-  EXPECT_EQ(static_cast<ssize_t>(request.size()),
-            ::send(client, request.data(), request.size(), 0));
-  std::string answer;
-  char some[4096];
-  for (ssize_t got = 0; (got = recv(client, some, sizeof some, 0)) > 0;) {
-    answer.append(some, static_cast<size_t>(got));
-  }
+  sendAll(client, "GET " + path + " HTTP/1.0\r\n" + headers + "\r\n");
+  const std::string answer = receive(client, "");
   ::close(client);
   const size_t body = answer.find("\r\n\r\n");
   return body == std::string::npos ? "" : answer.substr(body + 4);
@@ -154,22 +159,18 @@ std::string fetch(int port, const std::string& path, const std::string& headers)
 
 DemoRadio::DemoRadio()
     : process_({DEMO_RADIO, "--sounds", DEMO_SOUNDS, "--port-file", folder_.path() + "/port"}) {
-  for (int i = 0; port_ == 0 && i < 1000; ++i) {
+  EXPECT_TRUE(eventually([&] {
     std::ifstream(folder_.path() + "/port") >> port_;
-    std::this_thread::sleep_for(milliseconds(10));
-  }
+    return port_ != 0;
+  }));
   std::istringstream table(fetch(port_, "/control/stations"));
   for (std::string line; std::getline(table, line);) {
     std::istringstream fields(line);
-    std::string genre, id, kbit, tone, rate;
+    std::string genre, id;
     Station station;
-    for (std::string* field :
-         {&genre, &id, &station.mount, &station.codec, &kbit, &tone, &rate, &station.name}) {
-      std::getline(fields, *field, '\t');
-    }
-    station.kbit = static_cast<unsigned>(std::stoul(kbit));
-    station.tone = std::stod(tone);
-    station.rate = static_cast<unsigned>(std::stoul(rate));
+    fields >> genre >> id >> station.mount >> station.codec >> station.kbit >> station.tone >>
+        station.rate;
+    std::getline(fields >> std::ws, station.name);
     stations_.push_back(station);
   }
 }
@@ -188,6 +189,11 @@ Station DemoRadio::station(const std::string& codec, unsigned rate) const {
 
 std::string DemoRadio::stream(const Station& station, const std::string& habits) const {
   return url((habits.empty() ? "" : "/bad/" + habits) + "/stream/" + station.mount);
+}
+
+DemoRadio& radio() {
+  static DemoRadio running;
+  return running;
 }
 
 ScriptedServer::ScriptedServer(bool backlog_full) {
@@ -216,6 +222,10 @@ void ScriptedServer::comeBack() {
   listen(8);
 }
 
+void ScriptedServer::stop() {
+  shutdown(listener_, SHUT_RDWR);
+}
+
 ScriptedServer::~ScriptedServer() {
   close();
   for (int each : fillers_) ::close(each);
@@ -230,22 +240,17 @@ bool ScriptedServer::isAsked(milliseconds patience) const {
 std::string ScriptedServer::accept() {
   close();
   client_ = ::accept(listener_, nullptr, nullptr);
-  std::string request;
-  char some[1024];
-  while (request.find("\r\n\r\n") == std::string::npos) {
-    const ssize_t got = recv(client_, some, sizeof some, 0);
-    if (got <= 0) break;
-    request.append(some, static_cast<size_t>(got));
-  }
-  return request;
+  return receive(client_, "\r\n\r\n");
 }
 
 void ScriptedServer::send(const std::string& bytes) const {
-  for (size_t done = 0; done < bytes.size();) {
-    const ssize_t sent = ::send(client_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
-    if (sent <= 0) return;  // the client has left, which the test sees elsewhere
-    done += static_cast<size_t>(sent);
-  }
+  sendAll(client_, bytes);
+}
+
+std::string ScriptedServer::answer(const std::string& bytes) {
+  const std::string request = accept();
+  send(bytes);
+  return request;
 }
 
 void ScriptedServer::close() {
@@ -259,20 +264,25 @@ void ScriptedServer::reset() {
   close();
 }
 
+std::vector<float> Tape::Reel::sound(size_t from) const {
+  const std::lock_guard lock(mutex);
+  return {left.begin() + static_cast<std::ptrdiff_t>(std::min(from, left.size())), left.end()};
+}
+
 std::unique_ptr<engine::Output> Tape::open(const engine::Interrupt& interrupt) {
+  if (!reel_->has_device) return nullptr;
+  ++reel_->opened;
   return std::make_unique<TapeOutput>(reel_, interrupt);
 }
 
-Session::Session(bool with_aac) {
+Session::Session() {
   auto tape = std::make_unique<Tape>();
   reel_ = tape->reel();
   engine::instance().useOutput(std::move(tape));
   EXPECT_TRUE(BASS_Init(-1, 44100, 0, nullptr, nullptr));
   BASS_SetConfig(BASS_CONFIG_MAXVOL, 10000);
   BASS_SetConfig(BASS_CONFIG_NET_PREBUF, 0);
-  if (with_aac) {
-    EXPECT_NE(0u, BASS_PluginLoad(AAC_PLUGIN, 0)) << BASS_ErrorGetCode();
-  }
+  EXPECT_NE(0u, BASS_PluginLoad(AAC_PLUGIN, 0)) << BASS_ErrorGetCode();
 }
 
 Session::~Session() {
@@ -282,18 +292,13 @@ Session::~Session() {
 
 std::vector<float> Session::listen(double seconds) {
   const auto wanted = heard_ + static_cast<size_t>(seconds * Tape::kRate);
-  const auto deadline = Time::now() + std::chrono::seconds(20);
-  for (;;) {
-    {
-      const std::lock_guard lock(reel_->mutex);
-      const std::vector<float>& all = reel_->left;
-      if (all.size() >= wanted || Time::now() > deadline) {
-        const size_t from = std::exchange(heard_, all.size());
-        return {all.begin() + static_cast<long>(from), all.end()};
-      }
-    }
-    std::this_thread::sleep_for(milliseconds(10));
-  }
+  std::vector<float> sound;
+  eventually([&] {
+    sound = reel_->sound(heard_);
+    return heard_ + sound.size() >= wanted;
+  });
+  heard_ += sound.size();
+  return sound;
 }
 
 void Listener::download(const void* buffer, BASS_DWORD length, uintptr_t user) {
@@ -302,7 +307,6 @@ void Listener::download(const void* buffer, BASS_DWORD length, uintptr_t user) {
   const size_t position = self.bytes_.size();
   if (length != 0) {
     self.bytes_.append(static_cast<const char*>(buffer), length);
-    self.notes_.push_back({Note::bytes, {}, position});
   } else if (buffer != nullptr) {
     self.notes_.push_back({Note::status, static_cast<const char*>(buffer), position});
   } else {
@@ -324,6 +328,12 @@ HSTREAM Listener::create(const std::string& url) {
 void Listener::syncTitles(HSTREAM stream) {
   EXPECT_NE(0u, BASS_ChannelSetSync(stream, BASS_SYNC_META, 0, &Listener::titleSync,
                                     reinterpret_cast<uintptr_t>(this)));
+}
+
+HSTREAM Listener::play(ScriptedServer& server, const std::string& answer) {
+  auto playing = std::async(std::launch::async, [&] { return play(server.url()); });
+  server.answer(answer);
+  return playing.get();
 }
 
 HSTREAM Listener::play(const std::string& url) {
@@ -351,17 +361,29 @@ std::vector<Listener::Note> Listener::notes(Note::Kind kind) const {
   return found;
 }
 
+std::vector<std::string> Listener::texts(Note::Kind kind) const {
+  std::vector<std::string> all;
+  for (const Note& note : notes(kind)) all.push_back(note.text);
+  return all;
+}
+
+size_t Listener::count(const std::string& status) const {
+  const auto all = texts(Note::status);
+  return static_cast<size_t>(std::count(all.begin(), all.end(), status));
+}
+
 std::string Listener::bytes() const {
   const std::lock_guard lock(mutex_);
   return bytes_;
 }
 
 bool Listener::waitFor(Note::Kind kind, size_t count) const {
-  for (int i = 0; i < 1000; ++i) {
-    if (notes(kind).size() >= count) return true;
-    std::this_thread::sleep_for(milliseconds(10));
-  }
-  return false;
+  return eventually([&] { return notes(kind).size() >= count; });
+}
+
+bool Listener::hears(const std::string& bytes) const {
+  eventually([&] { return this->bytes().size() >= bytes.size(); });
+  return this->bytes() == bytes;
 }
 
 double rootMeanSquare(const std::vector<float>& samples) {
@@ -390,6 +412,12 @@ double toneShare(const std::vector<float>& samples, double frequency) {
   return all > 0 ? found / all : 0;
 }
 
+bool hasTone(const std::vector<float>& samples, double frequency) {
+  constexpr double kSemitone = 1.06;
+  return rootMeanSquare(samples) > 0.01 &&
+         toneShare(samples, frequency) > 4 * toneShare(samples, frequency * kSemitone);
+}
+
 std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>& known,
                          double least) {
   constexpr size_t kPiece = Tape::kRate / 10;
@@ -413,15 +441,16 @@ std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>
   return tones;
 }
 
-std::vector<std::string> texts(const std::vector<Listener::Note>& notes) {
-  std::vector<std::string> all;
-  for (const Listener::Note& note : notes) all.push_back(note.text);
-  return all;
+std::string titleBlock(const std::string& title) {
+  if (title.empty()) return std::string(1, '\0');
+  std::string text = "StreamTitle='" + title + "';";
+  const size_t blocks = (text.size() + 15) / 16;
+  text.resize(blocks * 16);
+  return static_cast<char>(blocks) + text;
 }
 
 std::string soundBytes(const std::string& file) {
-  std::ifstream in(DEMO_SOUNDS "/" + file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  return contents(DEMO_SOUNDS "/" + file);
 }
 
 }  // namespace engine_test

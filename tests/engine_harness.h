@@ -12,6 +12,8 @@
 
 #include "engine/bass.h"
 #include "engine/output.h"
+#include "tests/eventually.h"
+#include "tests/player_folder.h"
 
 /// What the engine's tests share: servers, an output that keeps what it is given,
 /// and a listener that does what the player does.
@@ -37,23 +39,11 @@ class Process {
   pid_t id_ = 0;
 };
 
-/// An own folder, removed at the end with the files in it.
-class Folder {
- public:
-  Folder();
-  ~Folder();
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+std::string contents(const std::string& file);
 
 /// A loopback port that nobody listens on now.
 int freePort();
-bool isListening(int port);
-/// Body of the answer to a GET from the loopback address.
+/// Body of the answer to a GET from the loopback address; empty where nobody listens.
 std::string fetch(int port, const std::string& path, const std::string& headers = "");
 
 /// A running demo radio on the loopback address.
@@ -69,11 +59,14 @@ class DemoRadio {
   std::string stream(const Station& station, const std::string& habits = "") const;
 
  private:
-  Folder folder_;
+  TestFolder folder_;
   Process process_;
   int port_ = 0;
   std::vector<Station> stations_;
 };
+
+/// One for all tests of a program.
+DemoRadio& radio();
 
 /// One connection after another whose answer the test writes itself.
 class ScriptedServer {
@@ -90,11 +83,15 @@ class ScriptedServer {
   /// Connections that nobody accepted yet.
   bool isAsked(std::chrono::milliseconds patience) const;
   void send(const std::string& bytes) const;
+  /// Both: the request.
+  std::string answer(const std::string& bytes);
   void close();  ///< properly
   void reset();
   /// Refuses connections, until it comes back.
   void leave();
   void comeBack();
+  /// Ends an accept() in another thread, and takes no more.
+  void stop();
 
  private:
   void listen(int backlog);
@@ -108,10 +105,15 @@ class ScriptedServer {
 class Tape final : public engine::OutputFactory {
  public:
   struct Reel {
-    std::mutex mutex;
-    std::vector<float> left;   ///< left channel of all outputs in a row
-    std::atomic<int> gaps{0};  ///< times that a device had nothing to play
-    std::chrono::steady_clock::time_point first_sound;
+    std::vector<float> sound(size_t from = 0) const;
+
+    std::atomic<bool> has_device{true};  ///< else none opens, and an open one fails
+    std::atomic<bool> swallows{false};   ///< takes sound as fast as it comes, keeps none
+    std::atomic<int> opened{0};          ///< devices
+    std::atomic<int> gaps{0};            ///< times that a device had nothing to play
+    std::atomic<uint64_t> frames{0};     ///< all that came
+    mutable std::mutex mutex;
+    std::vector<float> left;  ///< left channel of all outputs in a row
   };
   Tape() : reel_(std::make_shared<Reel>()) {}
   std::unique_ptr<engine::Output> open(const engine::Interrupt& interrupt) override;
@@ -126,7 +128,7 @@ class Tape final : public engine::OutputFactory {
 /// An initialised engine that plays to a tape, for one test.
 class Session {
  public:
-  explicit Session(bool with_aac = true);
+  Session();
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -145,7 +147,7 @@ class Session {
 class Listener {
  public:
   struct Note {
-    enum Kind { status, bytes, title, end } kind;
+    enum Kind { status, title, end } kind;
     std::string text;     ///< status and title
     size_t position = 0;  ///< bytes before it
   };
@@ -154,12 +156,19 @@ class Listener {
   HSTREAM create(const std::string& url);
   /// The player's whole procedure up to ChannelPlay. 0: it did not get that far.
   HSTREAM play(const std::string& url);
+  /// The same, with what the server is to begin its answer with.
+  HSTREAM play(ScriptedServer& server, const std::string& answer);
   void syncTitles(HSTREAM stream);
 
   std::vector<Note> notes(Note::Kind kind) const;
+  std::vector<std::string> texts(Note::Kind kind) const;
+  /// How often it was told that status text.
+  size_t count(const std::string& status) const;
   std::string bytes() const;
-  /// Waits, at most 10 s, until that many notes of a kind are there.
+  /// Waits until that many notes of a kind are there.
   bool waitFor(Note::Kind kind, size_t count) const;
+  /// Waits until it has been told as many bytes, which are to be these.
+  bool hears(const std::string& bytes) const;
 
  private:
   static void BASS_CALL download(const void* buffer, BASS_DWORD length, uintptr_t user);
@@ -173,11 +182,15 @@ class Listener {
 /// Share of the samples' power that is at `frequency` (and a little around it).
 double toneShare(const std::vector<float>& samples, double frequency);
 double rootMeanSquare(const std::vector<float>& samples);
+/// Whether there is sound with that tone, of a station's bells, in it.
+bool hasTone(const std::vector<float>& samples, double frequency);
 /// Those of the known tones that the sound has, in its order, each of at least that
 /// many seconds.
 std::vector<int> tonesIn(const std::vector<float>& sound, const std::vector<int>& known,
                          double least = 0.3);
-std::vector<std::string> texts(const std::vector<Listener::Note>& notes);
+
+/// What a server sends where a title may stand; without a title that there is none.
+std::string titleBlock(const std::string& title = "");
 
 /// A sound of the demo radio as it is sent, e.g. its station's MP3.
 std::string soundBytes(const std::string& file);

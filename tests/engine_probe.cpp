@@ -1,19 +1,20 @@
 // Plays one address as the player does and tells what it saw:
-//   engine_probe FOLDER URL SECONDS [ROUNDS [PAUSE]] [OPTION VALUE]...
+//   engine_probe FOLDER URL SECONDS [OPTION VALUE]...
+//     --rounds N           so often, with a pause in between
 //     --record FILE        all bytes that the stream tells
 //     --until BYTES        does not play on when it has told so many
 //     --stop-opening MS    stops the opening after that time
-//   engine_probe trust FILE      lets the present user trust that certificate (DER)
 // A line each: what, then figures or text. Times in milliseconds since the open. On
 // Windows it loads the library in FOLDER, elsewhere it is linked with the engine.
 #if defined(_WIN32)
 #include <windows.h>
 // After windows.h, which they build on.
 #include <psapi.h>
-#include <tlhelp32.h>
-#include <wincrypt.h>
 #else
 #include <malloc.h>
+
+#include "engine/engine.h"
+#include "tests/linked_engine.h"
 #endif
 
 #include <atomic>
@@ -24,74 +25,14 @@
 #include <map>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "engine/bass.h"
-#if !defined(_WIN32)
-#include "engine/engine.h"
-#endif
+#include "player/audio_library.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using player::AudioLibrary;
 using std::chrono::milliseconds;
-
-#if defined(_WIN32)
-template <class Function>
-Function* symbol(HMODULE library, const char* name) {
-  const FARPROC found = GetProcAddress(library, name);
-  if (found == nullptr) {
-    std::printf("missing %s\n", name);
-    std::exit(2);
-  }
-  return reinterpret_cast<Function*>(reinterpret_cast<void*>(found));
-}
-
-#endif
-
-struct Library {
-#if defined(_WIN32)
-#define ENGINE_SYMBOL(name) name(symbol<decltype(BASS_##name)>(from, "BASS_" #name))
-  explicit Library(HMODULE from)
-#else
-#define ENGINE_SYMBOL(name) name(&BASS_##name)
-  Library()
-#endif
-      : ENGINE_SYMBOL(GetVersion),
-        ENGINE_SYMBOL(Init),
-        ENGINE_SYMBOL(Free),
-        ENGINE_SYMBOL(SetConfig),
-        ENGINE_SYMBOL(ErrorGetCode),
-        ENGINE_SYMBOL(PluginLoad),
-        ENGINE_SYMBOL(PluginFree),
-        ENGINE_SYMBOL(StreamCreateURL),
-        ENGINE_SYMBOL(StreamFree),
-        ENGINE_SYMBOL(StreamGetFilePosition),
-        ENGINE_SYMBOL(ChannelGetTags),
-        ENGINE_SYMBOL(ChannelSetSync),
-        ENGINE_SYMBOL(ChannelGetInfo),
-        ENGINE_SYMBOL(ChannelSetAttributes),
-        ENGINE_SYMBOL(ChannelPlay),
-        ENGINE_SYMBOL(ChannelStop) {
-  }
-#undef ENGINE_SYMBOL
-  decltype(BASS_GetVersion)* GetVersion;
-  decltype(BASS_Init)* Init;
-  decltype(BASS_Free)* Free;
-  decltype(BASS_SetConfig)* SetConfig;
-  decltype(BASS_ErrorGetCode)* ErrorGetCode;
-  decltype(BASS_PluginLoad)* PluginLoad;
-  decltype(BASS_PluginFree)* PluginFree;
-  decltype(BASS_StreamCreateURL)* StreamCreateURL;
-  decltype(BASS_StreamFree)* StreamFree;
-  decltype(BASS_StreamGetFilePosition)* StreamGetFilePosition;
-  decltype(BASS_ChannelGetTags)* ChannelGetTags;
-  decltype(BASS_ChannelSetSync)* ChannelSetSync;
-  decltype(BASS_ChannelGetInfo)* ChannelGetInfo;
-  decltype(BASS_ChannelSetAttributes)* ChannelSetAttributes;
-  decltype(BASS_ChannelPlay)* ChannelPlay;
-  decltype(BASS_ChannelStop)* ChannelStop;
-};
 
 double since(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -122,7 +63,7 @@ void BASS_CALL title(HSYNC, BASS_DWORD, uintptr_t data, uintptr_t) {
   std::printf("title %s\n", reinterpret_cast<const char*>(data));
 }
 
-void printTags(const Library& bass, HSTREAM stream) {
+void printTags(const AudioLibrary& bass, HSTREAM stream) {
   const char* text = bass.ChannelGetTags(stream, BASS_TAG_ICY);
   for (; text != nullptr && *text != '\0'; text += std::string(text).size() + 1) {
     std::printf("header %s\n", text);
@@ -140,7 +81,7 @@ bool waitFor(milliseconds patience, Condition&& condition) {
   return true;
 }
 
-bool waitForBuffer(const Library& bass, HSTREAM stream, milliseconds patience) {
+bool waitForBuffer(const AudioLibrary& bass, HSTREAM stream, milliseconds patience) {
   BASS_DWORD total = 0;
   return waitFor(patience,
                  [&] {
@@ -160,17 +101,9 @@ void printHoldings() {
   const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
   const auto handles = reinterpret_cast<uintptr_t>(next) / 4;
   CloseHandle(next);
-  size_t threads = 0;
-  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-  THREADENTRY32 entry = {};
-  entry.dwSize = sizeof entry;
-  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
-    if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++threads;
-  }
-  CloseHandle(snapshot);
   PROCESS_MEMORY_COUNTERS memory = {};
   GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
-  std::printf("handles %zu\nthreads %zu\nmemory %zu\n", static_cast<size_t>(handles), threads,
+  std::printf("handles %zu\nmemory %zu\n", static_cast<size_t>(handles),
               static_cast<size_t>(memory.PagefileUsage / 1024));
 }
 
@@ -191,7 +124,7 @@ void printHoldings() {
 /// What to play, and how long.
 struct Task {
   std::string url;
-  milliseconds time{};
+  milliseconds time;
   std::map<std::string, std::string> options;
 
   const char* option(const char* name, const char* otherwise) const {
@@ -200,7 +133,7 @@ struct Task {
   }
 };
 
-HSTREAM open(const Library& bass, const Task& task, Recording& recording) {
+HSTREAM open(const AudioLibrary& bass, const Task& task, Recording& recording) {
   const auto start = Clock::now();
   std::puts("opening");
   std::fflush(stdout);
@@ -226,7 +159,7 @@ HSTREAM open(const Library& bass, const Task& task, Recording& recording) {
   return stream;
 }
 
-void playOnce(const Library& bass, const Task& task, Recording& recording) {
+void playOnce(const AudioLibrary& bass, const Task& task, Recording& recording) {
   const auto start = Clock::now();
   const HSTREAM stream = open(bass, task, recording);
   if (stream != 0 && waitForBuffer(bass, stream, task.time + milliseconds(1000))) {
@@ -249,20 +182,6 @@ void playOnce(const Library& bass, const Task& task, Recording& recording) {
 
 #if defined(_WIN32)
 
-int trust(const char* file) {
-  std::vector<unsigned char> bytes(8192);
-  FILE* in = std::fopen(file, "rb");
-  if (in == nullptr) return 2;
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), in));
-  std::fclose(in);
-  const HCERTSTORE store = CertOpenSystemStoreW(0, L"ROOT");
-  const BOOL added = CertAddEncodedCertificateToStore(store, X509_ASN_ENCODING, bytes.data(),
-                                                      static_cast<DWORD>(bytes.size()),
-                                                      CERT_STORE_ADD_REPLACE_EXISTING, nullptr);
-  CertCloseStore(store, 0);
-  return added ? 0 : 1;
-}
-
 constexpr const char* kPlugin = "bass_aac.dll";
 
 #else
@@ -281,28 +200,14 @@ class NoDevice final : public engine::OutputFactory {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc < 4) return 2;
+  Task task{argv[2], milliseconds(static_cast<int>(std::atof(argv[3]) * 1000)), {}};
+  for (int i = 4; i + 1 < argc; i += 2) task.options[argv[i]] = argv[i + 1];
+  AudioLibrary bass;
 #if defined(_WIN32)
-  if (argc == 3 && std::string(argv[1]) == "trust") return trust(argv[2]);
-#endif
-  std::vector<std::string> words;
-  Task task;
-  for (int i = 1; i < argc; ++i) {
-    const std::string word = argv[i];
-    if (word.starts_with("--") && i + 1 < argc) {
-      task.options[word] = argv[++i];
-    } else {
-      words.push_back(word);
-    }
-  }
-  if (words.size() < 3) return 2;
-  task.url = words[1];
-  task.time = milliseconds(static_cast<int>(std::atof(words[2].c_str()) * 1000));
-#if defined(_WIN32)
-  const HMODULE library = LoadLibraryA((words[0] + "\\bass.dll").c_str());
-  if (library == nullptr) return std::printf("not loaded %lu\n", GetLastError()), 2;
-  const Library bass(library);
+  if (!player::loadAudioLibrary(argv[1] + std::string("\\bass.dll"), bass)) return 2;
 #else
-  const Library bass;
+  bass = linkedEngine();
   engine::instance().useOutput(std::make_unique<NoDevice>());
 #endif
   std::printf("version %x\n", bass.GetVersion() >> 16);
@@ -312,16 +217,15 @@ int main(int argc, char** argv) {
   std::printf("plugin %d\n", bass.PluginLoad(kPlugin, 0) != 0);
   Recording recording;
   if (const char* file = task.option("--record", nullptr)) recording.file = std::fopen(file, "wb");
-  const milliseconds pause(words.size() > 4 ? std::stoi(words[4]) : 1500);
-  for (int round = words.size() > 3 ? std::stoi(words[3]) : 1; round > 0; --round) {
+  for (int round = std::atoi(task.option("--rounds", "1")); round > 0; --round) {
     playOnce(bass, task, recording);
-    if (round > 1) std::this_thread::sleep_for(pause);
+    if (round > 1) std::this_thread::sleep_for(milliseconds(400));
   }
   bass.PluginFree(0);
   bass.Free();
   if (recording.file != nullptr) std::fclose(recording.file);
 #if defined(_WIN32)
-  return FreeLibrary(library) ? 0 : 1;
+  return FreeLibrary(GetModuleHandleA("bass.dll")) ? 0 : 1;
 #else
   return 0;
 #endif

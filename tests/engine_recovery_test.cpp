@@ -10,7 +10,6 @@
 #include <chrono>
 #include <cstring>
 #include <functional>
-#include <future>
 
 #include "tests/engine_harness.h"
 
@@ -30,30 +29,12 @@ std::string part(size_t number) {
   return soundBytes("bells-00.mp3").substr(number * kPart, kPart);
 }
 
-std::string heads(const Listener& listener) {
-  std::string all;
-  for (const Note& note : listener.notes(Note::status)) all += note.text + "\n";
-  return all;
-}
-
-bool hears(const Listener& listener, const std::string& bytes) {
-  for (int i = 0; i < 2000; ++i) {
-    if (listener.bytes().size() >= bytes.size()) return listener.bytes() == bytes;
-    std::this_thread::sleep_for(10ms);
-  }
-  return false;
-}
-
 /// A listener whose server has sent the first part of its sound.
 class Recovery : public testing::Test {
  protected:
   HSTREAM playFirstPart(const std::string& head = kStation) {
-    auto opening = std::async(std::launch::async, [&] { return listener.play(server.url()); });
-    server.accept();
-    server.send(head + part(0));
-    return opening.get();
+    return listener.play(server, head + part(0));
   }
-  bool hears(const std::string& bytes) const { return engine_test::hears(listener, bytes); }
 
   Listener listener;
   Session session;
@@ -63,25 +44,22 @@ class Recovery : public testing::Test {
 TEST_F(Recovery, GoesOnWhereTheConnectionBroke) {
   std::string all = part(0);
   ASSERT_NE(0u, playFirstPart(kGood + "icy-metaint:24000\r\n\r\n"));
-  const std::string title = "\2StreamTitle='First';" + std::string(12, '\0');
+  const std::string title = titleBlock("First");
   server.send(title);
   server.close();
-  server.accept();
   // Another interval, and the same title again.
-  server.send(kGood + "icy-metaint:12000\r\n\r\n" + part(1).substr(0, 12'000) + title +
-              part(1).substr(12'000));
+  server.answer(kGood + "icy-metaint:12000\r\n\r\n" + part(1).substr(0, 12'000) + title +
+                part(1).substr(12'000));
   all += part(1);
-  EXPECT_TRUE(hears(all));
+  EXPECT_TRUE(listener.hears(all));
   server.reset();
-  server.accept();
   // This one announces more than it sends.
-  server.send(kGood + "icy-name:Here\r\nContent-Length: 99999999\r\n\r\n" + part(2));
+  server.answer(kGood + "icy-name:Here\r\nContent-Length: 99999999\r\n\r\n" + part(2));
   server.close();
   all += part(2);
-  server.accept();
-  server.send(kStation + part(3));
+  server.answer(kStation + part(3));
   all += part(3);
-  EXPECT_TRUE(hears(all));
+  EXPECT_TRUE(listener.hears(all));
   EXPECT_EQ(1u, listener.notes(Note::title).size());
   EXPECT_TRUE(listener.notes(Note::end).empty());
   EXPECT_GE(session.listen(5).size(), 5 * Tape::kRate);
@@ -100,11 +78,10 @@ TEST_F(Recovery, TriesAtGrowingIntervals) {
   EXPECT_GE(tries[0], 450ms);
   EXPECT_GE(tries[1] - tries[0], 950ms);
   EXPECT_GE(tries[2] - tries[1], 1900ms);
-  EXPECT_NE(std::string::npos, heads(listener).find("\nreconnecting...\nconnecting...\n"));
+  EXPECT_GE(listener.count("reconnecting..."), 3u);
   // A connection that brings sound ends the growth.
-  server.accept();
-  server.send(kStation + part(1));
-  EXPECT_TRUE(hears(part(0) + part(1)));
+  server.answer(kStation + part(1));
+  EXPECT_TRUE(listener.hears(part(0) + part(1)));
   server.leave();
   server.comeBack();
   EXPECT_TRUE(server.isAsked(4s));  // and not only in 8
@@ -115,27 +92,21 @@ TEST_F(Recovery, WaitsForAServerThatHasNothingToSay) {
   server.close();
   for (const char* answer : {"HTTP/1.0 503 Full\r\n\r\n", "ICY 404 No source\r\n\r\n",
                              "HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n<html>"}) {
-    server.accept();
-    server.send(answer);
+    server.answer(answer);
   }
-  server.accept();
-  server.send(kStation + part(1));
-  EXPECT_TRUE(hears(part(0) + part(1)));
-  EXPECT_NE(std::string::npos, heads(listener).find("HTTP/1.0 503 Full\n"));
+  server.answer(kStation + part(1));
+  EXPECT_TRUE(listener.hears(part(0) + part(1)));
+  EXPECT_EQ(1u, listener.count("HTTP/1.0 503 Full"));
 }
 
 TEST_F(Recovery, EndsWhenTheServerKnowsOfNoSuchStream) {
-  for (const char* status : {"404 Not Found", "410 Gone"}) {
+  for (const std::string status : {"HTTP/1.0 404 Not Found", "HTTP/1.0 410 Gone"}) {
     Listener one;
-    auto opening = std::async(std::launch::async, [&] { return one.play(server.url()); });
-    server.accept();
-    server.send(kStation + part(0));
-    const HSTREAM stream = opening.get();
+    const HSTREAM stream = one.play(server, kStation + part(0));
     server.close();
-    server.accept();
-    server.send(std::string("HTTP/1.0 ") + status + "\r\n\r\n");
+    server.answer(status + "\r\n\r\n");
     EXPECT_TRUE(one.waitFor(Note::end, 1)) << status;
-    EXPECT_NE(std::string::npos, heads(one).find(status));
+    EXPECT_EQ(1u, one.count(status));
     EXPECT_EQ(part(0), one.bytes());
     BASS_StreamFree(stream);
   }
@@ -143,27 +114,21 @@ TEST_F(Recovery, EndsWhenTheServerKnowsOfNoSuchStream) {
 
 TEST_F(Recovery, TakesASilentConnectionForALostOne) {
   ASSERT_NE(0u, playFirstPart());
-  ScriptedServer& silent = server;  // and it stays open
-  EXPECT_TRUE(silent.isAsked(20s));
-  silent.accept();
-  silent.send(kStation + part(1));
-  EXPECT_TRUE(hears(part(0) + part(1)));
+  EXPECT_TRUE(server.isAsked(20s));
+  server.answer(kStation + part(1));
+  EXPECT_TRUE(listener.hears(part(0) + part(1)));
 }
 
 TEST_F(Recovery, StopsAtOnceWhileItTries) {
-  const auto wait = [&] { ASSERT_TRUE(server.isAsked(10s)); };
-  const auto take = [&] { server.accept(); };
-  const auto take_some = [&] {
-    server.accept();
-    server.send("HTTP/1.0 200 ");
+  const std::function<void()> cases[] = {
+      [] {},
+      [&] { ASSERT_TRUE(server.isAsked(10s)); },
+      [&] { server.accept(); },
+      [&] { server.answer("HTTP/1.0 200 "); },
   };
-  const std::function<void()> cases[] = {[] {}, wait, take, take_some};
   for (const auto& happens : cases) {
     Listener one;
-    auto opening = std::async(std::launch::async, [&] { return one.play(server.url()); });
-    server.accept();
-    server.send(kStation + part(0));
-    const HSTREAM stream = opening.get();
+    const HSTREAM stream = one.play(server, kStation + part(0));
     ASSERT_NE(0u, stream);
     server.close();
     happens();
@@ -196,24 +161,16 @@ TEST(NetworkChange, EndsALongPause) {
     Listener listener;
     const Session session;
     ScriptedServer server;
-    auto opening = std::async(std::launch::async, [&] { return listener.play(server.url()); });
-    server.accept();
-    server.send(kStation + part(0));
-    ASSERT_NE(0u, opening.get());
+    ASSERT_NE(0u, listener.play(server, kStation + part(0)));
     server.close();
     server.leave();
-    const auto tries = [&] {
-      const auto all = texts(listener.notes(Note::status));
-      return std::count(all.begin(), all.end(), "reconnecting...");
-    };
-    while (tries() < 5) std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(eventually([&] { return listener.count("reconnecting...") >= 5; }));
     server.comeBack();
     setUp(0);
     setUp(IFF_UP);
     EXPECT_TRUE(server.isAsked(4s));  // and not only in 8
-    server.accept();
-    server.send(kStation + part(1));
-    EXPECT_TRUE(hears(listener, part(0) + part(1)));
+    server.answer(kStation + part(1));
+    EXPECT_TRUE(listener.hears(part(0) + part(1)));
   }).join();
 }
 
@@ -230,13 +187,13 @@ TEST_F(Recovery, FetchesTheRestOfAFile) {
   const std::string file = "ETag: \"one\"\r\nContent-Length: 72000\r\n\r\n";
   ASSERT_NE(0u, playFirstPart(kGood + file));
   server.reset();
-  EXPECT_NE(std::string::npos, server.accept().find("\r\nRange: bytes=24000-\r\n"));
-  server.send("HTTP/1.0 206 Partial Content\r\nContent-Range: bytes 24000-71999/72000\r\n\r\n" +
-              part(1));
+  std::string request = server.answer(
+      "HTTP/1.0 206 Partial Content\r\nContent-Range: bytes 24000-71999/72000\r\n\r\n" + part(1));
+  EXPECT_NE(std::string::npos, request.find("\r\nRange: bytes=24000-\r\n"));
   server.close();
   // This time the server cannot.
-  EXPECT_NE(std::string::npos, server.accept().find("\r\nRange: bytes=48000-\r\n"));
-  server.send(kGood + file + part(0) + part(1) + part(2));
+  request = server.answer(kGood + file + part(0) + part(1) + part(2));
+  EXPECT_NE(std::string::npos, request.find("\r\nRange: bytes=48000-\r\n"));
   server.close();
   EXPECT_TRUE(listener.waitFor(Note::end, 1));
   EXPECT_EQ(part(0) + part(1) + part(2), listener.bytes());

@@ -2,6 +2,7 @@
 // is always quick and clean.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 
@@ -23,21 +24,28 @@ const std::string& sound() {
 
 std::string noise(size_t length) {
   std::mt19937 random(7);
-  std::string bytes;
-  while (bytes.size() < length) bytes += static_cast<char>(random());
+  std::string bytes(length, '\0');
+  std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
   return bytes;
 }
 
-std::string chunk(const std::string& bytes) {
-  char size[16];
-  std::snprintf(size, sizeof size, "%zx\r\n", bytes.size());
-  return size + bytes + "\r\n";
+/// In pieces of all lengths, with words behind the lengths.
+std::string chunks(const std::string& bytes) {
+  std::string all;
+  for (size_t at = 0, length = 1; at < bytes.size(); at += length, length = 1 + at % 3001) {
+    const std::string piece = bytes.substr(at, length);
+    char size[32];
+    std::snprintf(size, sizeof size, "%zX;x=y\r\n", piece.size());
+    all += size + piece + "\r\n";
+  }
+  return all;
 }
 
 struct Server {
   const char* name;
-  std::string answer;  ///< after which it closes
-  int code;            ///< 0: it plays
+  std::string answer;            ///< after which it closes
+  int code;                      ///< 0: it plays
+  const char* status = nullptr;  ///< that the listener is told
 };
 
 std::vector<Server> servers() {
@@ -49,9 +57,15 @@ std::vector<Server> servers() {
       {"says nothing", "", BASS_ERROR_FILEOPEN},
       {"stops in the head", "HTTP/1.0 200 OK\r\nContent-", BASS_ERROR_FILEOPEN},
       {"is no web server", "220 mail.example ready\r\n\r\n", BASS_ERROR_FILEOPEN},
+      {"has no such stream", "HTTP/1.0 404 Not Found\r\n\r\n", BASS_ERROR_FILEOPEN,
+       "HTTP/1.0 404 Not Found"},
+      {"is at fault", "HTTP/1.0 500 Oh\r\n\r\n" + sound(), BASS_ERROR_FILEOPEN, "HTTP/1.0 500 Oh"},
+      {"refuses in its own protocol", "ICY 401 Full\r\n\r\n", BASS_ERROR_FILEOPEN, "ICY 401 Full"},
+      {"leads to itself", "HTTP/1.0 302 Found\r\nLocation: live\r\n\r\n", BASS_ERROR_FILEOPEN,
+       "HTTP/1.0 302 Found"},
       {"has a long head", kOk + long_line + "\r\n" + sound(), 0},
       {"has a head without end", kOk + long_line + long_line + long_line, BASS_ERROR_FILEOPEN},
-      {"sends the head only", kOk + "\r\n", BASS_ERROR_FILEFORM},
+      {"sends the head only", kOk + "\r\n", BASS_ERROR_FILEFORM, "HTTP/1.0 200 OK"},
       {"sends noise", kOk + "\r\n" + noise(50'000), BASS_ERROR_FILEFORM},
       {"sends noise first", kOk + "\r\n" + noise(3000) + sound(), 0},
       {"sends noise in between", kOk + "\r\n" + head + noise(3000) + tail, 0},
@@ -62,15 +76,16 @@ std::vector<Server> servers() {
        kOk + "Content-Length: -1\r\nicy-metaint: -5\r\nicy-br: lots\r\n\r\n" + sound(), 0},
       {"forgets its titles", kOk + "icy-metaint: 1000\r\n\r\n" + sound(), 0},
       {"ends its chunks at once", chunked + "0\r\n\r\n", BASS_ERROR_FILEFORM},
-      {"has odd chunks", chunked + chunk(head.substr(0, 1)) + chunk(head.substr(1)) + "zz\r\n", 0},
+      {"has odd chunks", chunked + chunks(head) + "zz\r\n", 0},
+      {"speaks its own protocol", "ICY 200 OK\r\nicy-name:Here\r\n\r\n" + sound(), 0, "ICY 200 OK"},
   };
 }
 
 TEST(Servers, ThatDoWrongAreHeardOrToldOfAndLeftAtOnce) {
-  Listener listener;
-  Session session;
   WebServer web;
+  Session session;
   for (const Server& server : servers()) {
+    Listener listener;
     web.putRaw("/live", server.answer);
     const HSTREAM stream = listener.play(web.url("/live"));
     EXPECT_EQ(server.code, BASS_ErrorGetCode()) << server.name;
@@ -78,6 +93,9 @@ TEST(Servers, ThatDoWrongAreHeardOrToldOfAndLeftAtOnce) {
     if (stream != 0) {
       session.listen(0);
       EXPECT_GT(rootMeanSquare(session.listen(0.8)), 0.01) << server.name;
+    }
+    if (server.status != nullptr) {
+      EXPECT_LE(1u, listener.count(server.status)) << server.name;
     }
     const auto start = Clock::now();
     BASS_StreamFree(stream);
@@ -95,11 +113,13 @@ TEST(Servers, ThatRefuseTheOldProtocolAreAskedInTheNewOne) {
       server.send(std::string("HTTP/1.1 ") + refusal + "\r\n\r\n");
       server.close();
       EXPECT_NE(std::string::npos, server.accept().find("GET / HTTP/1.1\r\n"));
-      server.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + chunk(sound()));
+      server.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + chunks(sound()) +
+                  "0\r\n\r\n");
     });
     EXPECT_NE(0u, listener.play(server.url())) << refusal;
     serving.join();
     EXPECT_GT(rootMeanSquare(session.listen(0.8)), 0.01) << refusal;
+    EXPECT_TRUE(listener.hears(sound()));
   }
 }
 

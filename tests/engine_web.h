@@ -1,19 +1,18 @@
 #pragma once
 
-#include <condition_variable>
-#include <list>
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <string>
-
 #include <thread>
 #include <vector>
+
 #include "tests/engine_harness.h"
 
 namespace engine_test {
 
 /// A web server on the loopback address whose documents the test puts in, and may
-/// change at any time. One answer a connection.
+/// change at any time. One connection after another, one answer each.
 class WebServer {
  public:
   WebServer();
@@ -21,28 +20,26 @@ class WebServer {
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;
 
-  std::string url(const std::string& path) const;
+  /// `path` begins with a slash.
+  std::string url(const std::string& path) const { return server_.url() + path.substr(1); }
   void put(const std::string& path, const std::string& body, const std::string& type = "");
   /// The answer as it goes over the line, head and all.
   void putRaw(const std::string& path, const std::string& answer);
   /// From now on answers requests for a range with that, and not with all.
-  void serveRanges();
-  /// Paths asked for so far, in order; behind them the range, if any, as "1-2".
-  std::vector<std::string> asked() const;
+  void serveRanges() { ranges_ = true; }
+  /// For that path, or for any.
+  size_t timesAsked(const std::string& path = "") const;
 
  private:
-  void accept();
-  void serve(int client);
+  void serve();
   std::string answerTo(const std::string& request);
 
-  int listener_ = -1, port_ = 0;
+  ScriptedServer server_;
   mutable std::mutex mutex_;
   std::map<std::string, std::string> answers_;
   std::vector<std::string> asked_;
-  std::vector<int> clients_;
-  bool over_ = false, ranges_ = false;
-  std::list<std::thread> serving_;
-  std::thread accepting_;  // last: it uses the rest
+  std::atomic<bool> over_ = false, ranges_ = false;
+  std::thread serving_;  // last: it uses the rest
 };
 
 /// The files that a shell command makes in the folder it runs in, by their names.
@@ -56,8 +53,8 @@ inline const std::string kMp3 = "-c:a libmp3lame -b:a 128k -write_xing 0 -id3v2_
 
 /// The file that ffmpeg makes with these words (its name is added to them), from a
 /// sine of that frequency.
-std::string encodedSine(int frequency, double seconds, const std::string& words,
-                        const std::string& file);
+std::string encodedSine(int frequency, double seconds, const std::string& words = kMp3,
+                        const std::string& file = "x.mp3");
 
 /// Checks that the stream is of that type, and for that long nothing but a sine of 440 Hz.
 void hear440(Session& session, HSTREAM stream, BASS_DWORD type, double seconds = 0.5);

@@ -10,5 +10,5 @@ else()
 
   add_executable(parse_bench bench/parse_bench.cpp)
   target_compile_options(parse_bench PRIVATE -O2)
-  target_link_libraries(parse_bench PRIVATE kestrel_logic)
+  target_link_libraries(parse_bench PRIVATE kestrel_logic benchmark)
 endif()

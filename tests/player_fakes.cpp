@@ -1,13 +1,11 @@
 #include "tests/player_fakes.h"
 
 #include <algorithm>
-#include <chrono>
+
+#include "tests/eventually.h"
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto kPatience = 5s;
 FakeLibrary* fake = nullptr;
 
 BASS_DWORD next(std::vector<BASS_DWORD>& answers) {
@@ -32,7 +30,7 @@ BASS_BOOL BASS_API init(int device, BASS_DWORD freq, BASS_DWORD flags, void*, co
 }
 BASS_BOOL BASS_API freeAll() {
   fake->note("Free");
-  fake->wake();
+  fake->open_hangs = false;
   return 1;
 }
 BASS_DWORD BASS_API setConfig(BASS_DWORD option, BASS_DWORD value) {
@@ -40,7 +38,7 @@ BASS_DWORD BASS_API setConfig(BASS_DWORD option, BASS_DWORD value) {
   return 0;
 }
 int BASS_API errorGetCode() {
-  return fake->error;
+  return BASS_ERROR_DEVICE;
 }
 HPLUGIN BASS_API pluginLoad(const char* file, BASS_DWORD flags) {
   fake->note("PluginLoad " + std::string(file) + " " + list({flags}));
@@ -55,7 +53,7 @@ HSTREAM BASS_API streamCreateURL(const char* url, BASS_DWORD offset, BASS_DWORD 
   fake->download = proc;
   fake->note("StreamCreateURL " + std::string(url) + " " +
              list({offset, flags, static_cast<long long>(user)}));
-  fake->hangWhileOpening();
+  while (fake->open_hangs) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return fake->stream;
 }
 BASS_BOOL BASS_API streamFree(HSTREAM handle) {
@@ -64,7 +62,7 @@ BASS_BOOL BASS_API streamFree(HSTREAM handle) {
 }
 BASS_DWORD BASS_API filePosition(HSTREAM, BASS_DWORD mode) {
   if (mode == BASS_FILEPOS_END) return next(fake->ends);
-  return mode == BASS_FILEPOS_DOWNLOAD ? next(fake->downloads) : fake->decoded;
+  return next(mode == BASS_FILEPOS_DOWNLOAD ? fake->downloads : fake->decodes);
 }
 const char* BASS_API getTags(BASS_DWORD, BASS_DWORD tags) {
   const std::string& text = tags == BASS_TAG_ICY ? fake->icy_headers : fake->meta;
@@ -91,7 +89,7 @@ BASS_BOOL BASS_API play(BASS_DWORD handle, BASS_BOOL restart) {
 }
 BASS_BOOL BASS_API stop(BASS_DWORD handle) {
   fake->note("ChannelStop " + list({handle}));
-  fake->wake();
+  fake->open_hangs = false;
   return 1;
 }
 
@@ -113,63 +111,37 @@ player::AudioLibrary FakeLibrary::table() const {
 }
 
 void FakeLibrary::note(std::string call) {
-  {
-    std::lock_guard lock(mutex_);
-    calls_.push_back(std::move(call));
-  }
-  changed_.notify_all();
+  const std::lock_guard lock(mutex_);
+  calls_.push_back(std::move(call));
 }
 
 std::vector<std::string> FakeLibrary::calls() const {
-  std::lock_guard lock(mutex_);
+  const std::lock_guard lock(mutex_);
   return calls_;
 }
 
-bool FakeLibrary::waitFor(const std::string& call) {
-  std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, kPatience, [&] {
-    return std::any_of(calls_.begin(), calls_.end(),
-                       [&](const std::string& made) { return made.starts_with(call); });
+bool FakeLibrary::waitFor(const std::string& call) const {
+  return eventually([&] {
+    return std::ranges::any_of(calls(), [&](const auto& made) { return made.starts_with(call); });
   });
 }
 
-void FakeLibrary::hangWhileOpening() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&] { return !open_hangs; });
-}
-
-void FakeLibrary::wake() {
-  {
-    std::lock_guard lock(mutex_);
-    open_hangs = false;
-  }
-  changed_.notify_all();
-}
-
 void FakeView::write(const std::string& label, std::string text) {
-  {
-    std::lock_guard lock(mutex_);
-    texts_[label].push_back(std::move(text));
-  }
-  changed_.notify_all();
+  const std::lock_guard lock(mutex_);
+  texts_[label].push_back(std::move(text));
 }
 
 std::string FakeView::now(const std::string& label) const {
-  std::lock_guard lock(mutex_);
-  const auto found = texts_.find(label);
-  return found == texts_.end() ? "(never)" : found->second.back();
+  const auto texts = history(label);
+  return texts.empty() ? "(never)" : texts.back();
 }
 
 std::vector<std::string> FakeView::history(const std::string& label) const {
-  std::lock_guard lock(mutex_);
+  const std::lock_guard lock(mutex_);
   const auto found = texts_.find(label);
   return found == texts_.end() ? std::vector<std::string>{} : found->second;
 }
 
-bool FakeView::waitFor(const std::string& label, const std::string& text) {
-  std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, kPatience, [&] {
-    const auto found = texts_.find(label);
-    return found != texts_.end() && found->second.back() == text;
-  });
+bool FakeView::waitFor(const std::string& label, const std::string& text) const {
+  return eventually([&] { return now(label) == text; });
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <string>
@@ -24,12 +23,10 @@ class FakeLibrary {
 
   // Answers.
   BASS_DWORD version = 0x02030000;
-  int error = 0;
-  bool init_works = true;
+  bool loads = true, init_works = true;
   HSTREAM stream = 77;           ///< 0: cannot be opened
   std::vector<BASS_DWORD> ends;  ///< one for each question; the last one stays
-  std::vector<BASS_DWORD> downloads;
-  BASS_DWORD decoded = 0;
+  std::vector<BASS_DWORD> downloads, decodes;
   std::string icy_headers;  ///< with its zero bytes
   std::string meta;
   BASS_DWORD ctype = BASS_CTYPE_STREAM_MP3;
@@ -41,14 +38,11 @@ class FakeLibrary {
 
   void note(std::string call);
   [[nodiscard]] std::vector<std::string> calls() const;
-  /// Waits until a call that begins so has been made; false after 5 s.
-  bool waitFor(const std::string& call);
-  void hangWhileOpening();
-  void wake();
+  /// Waits until a call that begins so has been made.
+  [[nodiscard]] bool waitFor(const std::string& call) const;
 
  private:
   mutable std::mutex mutex_;
-  std::condition_variable changed_;
   std::vector<std::string> calls_;
 };
 
@@ -66,14 +60,13 @@ class FakeView : public player::PlayerView {
 
   [[nodiscard]] std::string now(const std::string& label) const;
   [[nodiscard]] std::vector<std::string> history(const std::string& label) const;
-  /// Waits until the label has this text; false after 5 s.
-  bool waitFor(const std::string& label, const std::string& text);
+  /// Waits until the label has this text.
+  [[nodiscard]] bool waitFor(const std::string& label, const std::string& text) const;
 
  private:
   void write(const std::string& label, std::string text);
 
   mutable std::mutex mutex_;
-  std::condition_variable changed_;
   std::map<std::string, std::vector<std::string>> texts_;
 };
 

@@ -11,26 +11,38 @@
 #include "player/audio_setup.h"
 #include "player/playback.h"
 #include "tests/engine_harness.h"
+#include "tests/linked_engine.h"
 #include "tests/player_fakes.h"
 #include "tests/player_folder.h"
 
-/// The player with the real engine, into an output of the test's.
+/// The player with the real engine, into a tape.
 class RealPlayer {
  public:
-  explicit RealPlayer(std::unique_ptr<engine::OutputFactory> output) {
+  RealPlayer() {
     folder.put("bass.dll");  // the engine is linked; only its presence is asked for
     folder.put("bass_aac.dll");
     folder.put("tmpdata.pls");
-    engine::instance().useOutput(std::move(output));
-    EXPECT_TRUE(
-        player::initaudio({library, desktop, view, folder.path(), nullptr, linkEngine, [] {}}));
+    auto tape = std::make_unique<engine_test::Tape>();
+    reel = tape->reel();
+    engine::instance().useOutput(std::move(tape));
+    const auto link = [](const std::string&, player::AudioLibrary& into) {
+      into = linkedEngine();
+      return true;
+    };
+    EXPECT_TRUE(player::initaudio({library, desktop, view, folder.path(), nullptr, link, [] {}}));
   }
 
+  /// As soon as what was started before is no longer being opened.
   void play(const std::string& address) {
     streamlist = {address, ""};
-    playback.startplayer(0);
+    EXPECT_TRUE(eventually([&] {
+      const int beeps = desktop.beeps;
+      playback.startplayer(0);
+      return desktop.beeps == beeps;
+    }));
   }
 
+  std::shared_ptr<engine_test::Tape::Reel> reel;
   player::AudioLibrary library;
   TestFolder folder;
   FakeView view;
@@ -43,17 +55,4 @@ class RealPlayer {
   std::vector<std::string> streamlist;
   player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
                              volume, recorder, streamlist, folder.path()}};
-
- private:
-  static bool linkEngine(const std::string&, player::AudioLibrary& library) {
-    library = {BASS_GetVersion,     BASS_Init,
-               BASS_Free,           BASS_SetConfig,
-               BASS_ErrorGetCode,   BASS_PluginLoad,
-               BASS_PluginFree,     BASS_StreamCreateURL,
-               BASS_StreamFree,     BASS_StreamGetFilePosition,
-               BASS_ChannelGetTags, BASS_ChannelSetSync,
-               BASS_ChannelGetInfo, BASS_ChannelSetAttributes,
-               BASS_ChannelPlay,    BASS_ChannelStop};
-    return true;
-  }
 };
