@@ -49,7 +49,8 @@ TEST(Format, IsPlayedWithItsTitle) {
 }
 
 TEST(Sound, IsToTheBitWhatAnotherDecoderMakesOfIt) {
-  for (const std::string& codec : {"-c:a flac -f flac"s, kMp3 + "-f mp3"}) {
+  for (const std::string& codec :
+       {"-c:a flac -f flac"s, "-c:a flac -sample_fmt s16 -f flac"s, kMp3 + "-f mp3"}) {
     const std::string ffmpeg = "ffmpeg -nostdin -v error ";
     auto files =
         filesOf(ffmpeg + "-f lavfi -i anoisesrc=amplitude=0.4:duration=2:seed=1 -ar 48000 -ac 2 " +

@@ -17,6 +17,7 @@ namespace engine_test {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using Note = Listener::Note;
 using Clock = std::chrono::steady_clock;
 
@@ -90,9 +91,12 @@ TEST_F(Recovery, TriesAtGrowingIntervals) {
 TEST_F(Recovery, WaitsForAServerThatHasNothingToSay) {
   ASSERT_NE(0u, playFirstPart());
   server.close();
-  for (const char* answer : {"HTTP/1.0 503 Full\r\n\r\n", "ICY 404 No source\r\n\r\n",
-                             "HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n<html>"}) {
+  const std::string page = "HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n<html>";
+  // Behind a page at the root the stream itself is looked for at once.
+  for (const std::string& answer :
+       {"HTTP/1.0 503 Full\r\n\r\n"s, "ICY 404 No source\r\n\r\n"s, page, page}) {
     server.answer(answer);
+    server.close();
   }
   server.answer(kStation + part(1));
   EXPECT_TRUE(listener.hears(part(0) + part(1)));

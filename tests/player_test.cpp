@@ -169,6 +169,7 @@ TEST_F(PlaybackTest, ChoosesTheAddressByTheEntrysElement) {
                                                {6, "3"}, {7, "5"}, {100, ""}};
   for (const auto& [entry, address] : cases) {
     startUntil("StreamCreateURL " + address + " ", entry);
+    if (HasFatalFailure()) return;
     playback.stopplayer();
     playback.shutDown();  // waits for the worker
   }
