@@ -31,19 +31,18 @@ inline Entries entries(const tray::MenuArray& menu) {
   return all;
 }
 
-class DirectoryTest : public testing::Test, private PlaylistLauncher {
+// What lists and menus work with, empty, and the day on which they do.
+class ListsTest : public testing::Test {
  protected:
-  DirectoryTest() {
-    app::makeFolder(paths_.datapath);
-    app::makeFolder(paths_.program_folder);
-    app::makeFolder(paths_.inData("\\data"));
-    app::makeFolder(paths_.program_folder + "\\data");
-  }
+  ListsTest() { app::makeFolder(paths_.inData("\\data")); }
 
   std::string data(const std::string& name) const { return paths_.inData("\\data\\" + name); }
+  std::string programs(const std::string& name) const {
+    return paths_.program_folder + "\\data\\" + name;
+  }
 
   TestFolder folder_;
-  app::Paths paths_{folder_.path() + "\\kes", folder_.path() + "\\program"};
+  app::Paths paths_{folder_.path(), folder_.path() + "\\program"};
   app::Settings settings_;
   app::Messages messages_;
   app::Hosts hosts_;
@@ -52,6 +51,10 @@ class DirectoryTest : public testing::Test, private PlaylistLauncher {
   FakeDesktop desktop_;
   FakeTrayIcon icon_;
   StationLists lists_{paths_, settings_, messages_, tree_, "20250615"};
+};
+
+class DirectoryTest : public ListsTest, private PlaylistLauncher {
+ protected:
   std::string refused_extension_;
   Entries launched_;
   Query query_{

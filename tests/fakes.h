@@ -1,8 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <deque>
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,13 +10,9 @@
 #include "app/desktop.h"
 #include "app/files.h"
 #include "directory/transfer.h"
+#include "tests/player_folder.h"
 #include "tray/menu_actions.h"
 #include "tray/tray_icon.h"
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"  // its count of files is a long
-#include "tests/player_folder.h"
-#pragma GCC diagnostic pop
 
 /// Answers in the order put down; remembers what was asked. What `while_waiting`
 /// does happens inside the next get(), as a click during a transfer would; a
@@ -102,8 +98,19 @@ class FakeActions final : public tray::MenuActions {
   void mnuquit_Click() override { calls.emplace_back("quit"); }
 };
 
+/// The path as the standard library takes it.
+inline std::filesystem::path nativePath(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
+
+/// Straight into the file, whose folder is made as well.
 inline void putFile(const std::string& path, std::string_view contents) {
-  if (!app::replaceFile(path, contents)) throw std::runtime_error("cannot write " + path);
+  std::filesystem::create_directories(nativePath(path).parent_path());
+  std::ofstream file;
+  file.exceptions(std::ios::failbit | std::ios::badbit);
+  file.open(nativePath(path), std::ios::binary);
+  file << contents;
 }
 
 inline std::string fileText(const std::string& path) {

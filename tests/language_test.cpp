@@ -1,54 +1,38 @@
+#include "app/language.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
-#include "app/files.h"
-#include "app/language.h"
 #include "app/sprachmod.h"
+#include "tests/fakes.h"
 
 namespace app {
 namespace {
 
-namespace fs = std::filesystem;
-
 /// A data and a program folder, and everything that a language can name.
-class LanguageFolders : public testing::Test {
+class LanguageTest : public testing::Test {
  protected:
-  LanguageFolders() {
-    fs::remove_all(root_);
-    fs::create_directories(root_ / "data");
-    fs::create_directories(root_ / "program" / "lang");
+  void put(const std::string& place, std::string_view text) const {
+    putFile(folder_.path() + '/' + place, text);
   }
-  ~LanguageFolders() override { fs::remove_all(root_); }
-
-  void put(const std::string& place, const std::string& text) const {
-    fs::create_directories((root_ / place).parent_path());
-    std::ofstream(root_ / place, std::ios::binary) << text;
-  }
-  std::string get(const std::string& place) const {
-    std::ostringstream text;
-    text << std::ifstream(root_ / place, std::ios::binary).rdbuf();
-    return text.str();
-  }
+  std::string get(const std::string& place) const { return fileText(folder_.path() + '/' + place); }
   void load(const std::string& text) {
     put("data/lang/test.kesl", text);
     loadlanguage("test.kesl", paths_, texts_);
   }
   const std::string& caption(const char* key) const { return captions_.get(key); }
 
-  const fs::path root_ = fs::path(testing::TempDir()) / "kestrel-language";
-  const Paths paths_{(root_ / "data").string(), (root_ / "program").string()};
+  const TestFolder folder_;
+  const Paths paths_{folder_.path() + "/data", folder_.path() + "/program"};
   tray::MenuTree tree_;
   Captions captions_;
   Messages messages_;
   const Texts texts_{tree_, captions_, messages_};
 };
 
-TEST_F(LanguageFolders, ALineReplacesATextByTheRulesOfTheFile) {
+TEST_F(LanguageTest, ALineReplacesATextByTheRulesOfTheFile) {
   const std::string kLong(kLongestLanguageLine, 'x');
   const std::pair<std::string, const char*> cases[] = {
       {"1002:Genres #note", "Genres"},
@@ -78,7 +62,7 @@ TEST_F(LanguageFolders, ALineReplacesATextByTheRulesOfTheFile) {
   }
 }
 
-TEST_F(LanguageFolders, ATextReachesEachOfItsPlaces) {
+TEST_F(LanguageTest, ATextReachesEachOfItsPlaces) {
   tree_.subgenre(4).load() = {"One", "http://one"};
   tree_.subgenre(4).load() = {"Reload", "reload"};
   tree_.subgenre(19).load() = {"Two", "http://two"};
@@ -107,7 +91,7 @@ TEST_F(LanguageFolders, ATextReachesEachOfItsPlaces) {
   EXPECT_EQ(caption("Form2.Check1"), "Show Splashscreen") << "left out, so it stays";
 }
 
-TEST_F(LanguageFolders, TheUsersFileGoesBeforeTheProgramsAndOnlyHisNamesItsAuthor) {
+TEST_F(LanguageTest, TheUsersFileGoesBeforeTheProgramsAndOnlyHisNamesItsAuthor) {
   captions_.set("Form2.Label2", "before");
   put("program/lang/a.kesl", "1002:program\n2009:By\nauthor:P");
   loadlanguage("a.kesl", paths_, texts_);
@@ -119,11 +103,11 @@ TEST_F(LanguageFolders, TheUsersFileGoesBeforeTheProgramsAndOnlyHisNamesItsAutho
   EXPECT_EQ(caption("Form2.Label2"), ": D");
 }
 
-TEST_F(LanguageFolders, WhatIsNoLanguageFileChangesNothing) {
+TEST_F(LanguageTest, WhatIsNoLanguageFileChangesNothing) {
   put("data/lang/0", "1002:x");
   put("data/settings.cfg", "1002:x");
   put("data/lang/large.kesl", "1002:x\n" + std::string(kLargestLanguageFile, '#'));
-  fs::create_directories(root_ / "data/lang/folder.kesl");
+  put("data/lang/folder.kesl/inside", "1002:x");
   for (const char* name : {"", "0", "x", "gone.kesl", "..\\settings.cfg", "../settings.cfg",
                            "large.kesl", "folder.kesl"}) {
     loadlanguage(name, paths_, texts_);
@@ -131,7 +115,7 @@ TEST_F(LanguageFolders, WhatIsNoLanguageFileChangesNothing) {
   }
 }
 
-TEST_F(LanguageFolders, TheChoosersListTheUsersFilesThatTellTheirName) {
+TEST_F(LanguageTest, TheChoosersListTheUsersFilesThatTellTheirName) {
   EXPECT_EQ(languages(paths_).size(), 1u);
   put("data/lang/b.KESL", "#x\nlanguage:Zwei\nlanguage:Drei");
   put("data/lang/A.kesl", "1002:x\n language : no\nlanguage:Eins # x");
@@ -143,9 +127,10 @@ TEST_F(LanguageFolders, TheChoosersListTheUsersFilesThatTellTheirName) {
   EXPECT_EQ(listed, "build=English (Build in);A.kesl=Eins;b.KESL=Zwei;");
 }
 
-TEST_F(LanguageFolders, ShippedLanguagesAreCopiedButNeverOverTheUsersOwn) {
+TEST_F(LanguageTest, ShippedLanguagesAreCopiedButNeverOverTheUsersOwn) {
+  put("data/settings.cfg", "");
   copyShippedLanguages(paths_);
-  EXPECT_FALSE(fs::exists(root_ / "data/lang")) << "nothing to copy";
+  EXPECT_FALSE(folderExists(paths_.inData("\\lang"))) << "nothing to copy";
   put("program/lang/a.kesl", "language:A");
   put("program/lang/b.kesl", "language:B");
   put("program/lang/readme.txt", "x");
@@ -153,10 +138,10 @@ TEST_F(LanguageFolders, ShippedLanguagesAreCopiedButNeverOverTheUsersOwn) {
   copyShippedLanguages(paths_);
   EXPECT_EQ(get("data/lang/a.kesl"), "language:A");
   EXPECT_EQ(get("data/lang/b.kesl"), "language:mine");
-  EXPECT_FALSE(fs::exists(root_ / "data/lang/readme.txt"));
+  EXPECT_EQ(get("data/lang/readme.txt"), "(no file)");
 }
 
-TEST_F(LanguageFolders, AChosenFileTellsItsAuthorAndTheChoosersTexts) {
+TEST_F(LanguageTest, AChosenFileTellsItsAuthorAndTheChoosersTexts) {
   put("data/lang/full.kesl", "2009:Autor\nauthor:Me\n0002:a\n0003:b\\nc\n0004:d");
   put("data/lang/bare.kesl", "0003:b");
   put("data/lang/build", "author:trap");
@@ -175,24 +160,22 @@ TEST_F(LanguageFolders, AChosenFileTellsItsAuthorAndTheChoosersTexts) {
 }
 
 TEST(Splitclean, DropsQuotesAroundAllAndEmptyPieces) {
-  const std::pair<const char*, std::vector<std::string>> cases[] = {
-      {"", {}},
-      {"  ", {}},
-      {"\"\"", {}},
-      {"a  b ", {"a", "b"}},
-      {"\"C:\\p.exe\"", {"C:\\p.exe"}},
-      {"\"p\" \"%1\"", {"p\"", "\"%1"}},
-      {"\"p\" %1", {"\"p\"", "%1"}},
-      {"\"", {"\""}},
+  const std::tuple<const char*, const char*, std::vector<std::string>> cases[] = {
+      {"", " ", {}},
+      {"  ", " ", {}},
+      {"\"\"", " ", {}},
+      {"a  b ", " ", {"a", "b"}},
+      {" a ;; b;c ", ";", {"a", "b", "c"}},
+      {"\"C:\\p.exe\"", " ", {"C:\\p.exe"}},
+      {"\"p\" \"%1\"", " ", {"p\"", "\"%1"}},
+      {"\"p\" %1", " ", {"\"p\"", "%1"}},
+      {"\"", " ", {"\""}},
   };
-  for (const auto& [text, expected] : cases) {
+  for (const auto& [text, separator, expected] : cases) {
     std::vector<std::string> parts{"old"};
-    EXPECT_EQ(splitclean(text, " ", parts), static_cast<int>(expected.size())) << text;
+    EXPECT_EQ(splitclean(text, separator, parts), static_cast<int>(expected.size())) << text;
     EXPECT_EQ(parts, expected) << text;
   }
-  std::vector<std::string> parts;
-  EXPECT_EQ(splitclean(" a ;; b;c ", ";", parts), 3);
-  EXPECT_EQ(parts, (std::vector<std::string>{"a", "b", "c"}));
 }
 
 // --- the files that are shipped
@@ -212,66 +195,36 @@ std::set<std::string> everyId() {
   return ids;
 }
 
-bool isUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i++]);
-    const int more = lead < 0x80 ? 0 : lead < 0xC2 ? -1 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : -1;
-    if (more < 0) return false;  // no language here needs four bytes
-    for (int k = 0; k < more; ++k, ++i) {
-      if (i >= text.size() || (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return false;
-    }
-  }
-  return true;
-}
-
 int count(std::string_view text, std::string_view part) {
   int found = 0;
   for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++found;
   return found;
 }
 
-class ShippedLanguage : public testing::TestWithParam<const char*> {
- protected:
-  ShippedLanguage() {
-    std::ostringstream text;
-    text << std::ifstream(fs::path(KESTREL_LANG) / (std::string(GetParam()) + ".kesl"),
-                          std::ios::binary)
-                .rdbuf();
-    file_ = text.str();
-  }
-  std::string file_;
-};
-
-TEST_P(ShippedLanguage, HasEachIdOnceAndLosesNothingToTheCleaner) {
-  std::set<std::string> missing = everyId();
-  std::size_t entries = 0, cleaned = 0;
-  Lines lines(file_);
-  for (std::string_view line; lines.next(line);) {
-    if (!isLanguageLine(line)) continue;
-    EXPECT_EQ(cleanline(line), line);
-    ++entries;
-  }
-  LanguageEntries all(file_);
-  for (std::string id, text; all.next(id, text); ++cleaned) {
-    EXPECT_EQ(missing.erase(id), 1u) << "unknown or twice: " << id;
-    EXPECT_FALSE(text.empty()) << id;
-  }
-  EXPECT_EQ(entries, cleaned);
-  EXPECT_EQ(missing, std::set<std::string>());
-}
-
-TEST_P(ShippedLanguage, KeepsWhatTheProgramPutsIn) {
-  EXPECT_TRUE(isUtf8(file_));
-  EXPECT_EQ(count(file_, "\n"), count(file_, "\r\n"));
-  EXPECT_TRUE(file_.ends_with("\r\n"));
-  LanguageEntries entries(file_);
-  for (std::string id, text; entries.next(id, text);) {
-    EXPECT_EQ(count(text, "%t"), id == "4002" ? 1 : 0) << id;
-    EXPECT_EQ(count(text, "\"%1\""), id == "2024" ? 1 : 0) << id;
-    EXPECT_EQ(count(text, "\\n"), id == "3003" ? 4 : id == "0003" ? 1 : 0) << id;
-    EXPECT_EQ(count(text, "&"), 0) << id;
-    EXPECT_EQ(count(text, "(the Kestrel project)"), id == "3003" ? 1 : 0) << id;
-    EXPECT_EQ(text == "the Kestrel project", id == "author") << id;
+TEST(ShippedLanguages, HaveEachIdOnceAndKeepWhatTheProgramPutsIn) {
+  for (const auto& shipped : std::filesystem::directory_iterator(KESTREL_LANG)) {
+    if (shipped.path().extension() != ".kesl") continue;
+    SCOPED_TRACE(shipped.path());
+    const std::string file = fileText(shipped.path().string());
+    EXPECT_EQ(count(file, "\n"), count(file, "\r\n"));
+    EXPECT_TRUE(file.ends_with("\r\n"));
+    std::set<std::string> missing = everyId();
+    Lines lines(file);
+    for (std::string_view line; lines.next(line);) {
+      if (!isLanguageLine(line)) continue;
+      std::string id, text;
+      EXPECT_TRUE(LanguageEntries(line).next(id, text)) << line;
+      EXPECT_EQ(id + ':' + text, line) << "the cleaner takes something away";
+      EXPECT_EQ(missing.erase(id), 1u) << "unknown or twice: " << id;
+      EXPECT_FALSE(text.empty()) << id;
+      EXPECT_EQ(count(text, "%t"), id == "4002" ? 1 : 0) << id;
+      EXPECT_EQ(count(text, "\"%1\""), id == "2024" ? 1 : 0) << id;
+      EXPECT_EQ(count(text, "\\n"), id == "3003" ? 4 : id == "0003" ? 1 : 0) << id;
+      EXPECT_EQ(count(text, "&"), 0) << id;
+      EXPECT_EQ(count(text, "(the Kestrel project)"), id == "3003" ? 1 : 0) << id;
+      EXPECT_EQ(text == "the Kestrel project", id == "author") << id;
+    }
+    EXPECT_EQ(missing, std::set<std::string>());
   }
 }
 
@@ -304,11 +257,6 @@ TEST(StringIds, NoTextOfTheProgramIsOutOfReach) {
     EXPECT_TRUE(everyId().contains(*message)) << *message;
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Languages, ShippedLanguage,
-                         testing::Values("dutch", "french", "german", "italian", "polish",
-                                         "portuguese", "russian", "spanish", "swedish", "turkish"),
-                         [](const auto& language) { return std::string(language.param); });
 
 }  // namespace
 }  // namespace app

@@ -1,7 +1,6 @@
 # The lists while they live: reload of all, own lists, and what becomes of the files
 # whatever happens.
-add_executable(lists_test lists_reload_test.cpp lists_own_test.cpp lists_files_test.cpp
-  scarce_memory.cpp)
+add_executable(lists_test lists_reload_test.cpp lists_own_test.cpp lists_files_test.cpp)
 target_link_libraries(lists_test PRIVATE kestrel_logic GTest::gtest_main)
 if(WIN32)
   wine_test(lists)

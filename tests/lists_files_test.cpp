@@ -2,30 +2,56 @@
 #include <share.h>
 #endif
 
+#include <atomic>
 #include <cstdio>
-#include <filesystem>
+#include <cstdlib>
+#include <new>
 
 #include "app/file_writer.h"
 #include "directory/own_lists.h"
 #include "tests/directory_fixture.h"
-#include "tests/scarce_memory.h"
+
+namespace {
+
+std::atomic<int> refusals = 0;     // so many of the next allocations fail
+thread_local bool spared = false;  // but not in this thread
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  const bool refused = !spared && refusals > 0 && refusals-- > 0;
+  void* const memory = refused ? nullptr : std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 // Files as people, other programs and older versions leave them.
 namespace directory {
 namespace {
 
-constexpr int kJazz = 7;
+constexpr int kJazz = 7, kMetal = 8;
 
 class ListFilesTest : public DirectoryTest {
  protected:
-  const std::vector<std::string> names_ = {"Jazz.dat", "favs.dat", "special.dat"};
+  using Strings = std::vector<std::string>;
 
   void putAll(std::string_view text) {
     for (const auto& name : names_) putFile(data(name), text);
   }
-  static std::filesystem::path path(std::string file) {
-    std::replace(file.begin(), file.end(), '\\', '/');
-    return file;
+  // Of genre, favourites and own entries.
+  Strings firstTitles() const {
+    const bool favourites = tree_.subfavs.UBound() >= kFirstFavourite;
+    return {tree_.subgenre(kJazz)[0].Caption,
+            favourites ? tree_.subfavs[kFirstFavourite].Caption : "(none)",
+            tree_.subspecial[0].Caption};
   }
   // A page, a new favourite and own entries on their way to all three files.
   bool writeAll() {
@@ -34,17 +60,12 @@ class ListFilesTest : public DirectoryTest {
     EXPECT_EQ(tree_.subgenre(kJazz)[0].Caption, "new");
     tree_.subfavs.load() = {"new", "u"};
     const bool specials = lists_.writeSpecials({{"new", "u"}});
-    return lists_.writeAtEnd() && specials;
+    const bool written = lists_.writeAtEnd() && specials;
+    for (const auto& name : names_) EXPECT_FALSE(app::fileExists(data(name) + ".new")) << name;
+    return written;
   }
-  std::string firstOf(const tray::MenuArray& menu, int index) const {
-    return index <= menu.UBound() ? menu[index].Caption : "(none)";
-  }
-  bool nothingBeside() const {
-    for (const auto& name : names_) {
-      if (app::fileExists(data(name) + ".new")) return false;
-    }
-    return true;
-  }
+
+  const Strings names_ = {"Jazz.dat", "favs.dat", "special.dat"};
 };
 
 TEST_F(ListFilesTest, ALineIsReadByWhoeverKnowsItsFields) {
@@ -62,6 +83,7 @@ TEST_F(ListFilesTest, ALineIsReadByWhoeverKnowsItsFields) {
       {"t%#$u%#$99999999", special},
       {"t%#$u%#$soon", special},
       {"t%#$u%#$", special},
+      {"t%#$u%#$0", special},
       {"t%#$u%#$20250614%#$", special},
       {"%#$", 0},
       {"%#$%#$", 0},
@@ -74,25 +96,31 @@ TEST_F(ListFilesTest, ALineIsReadByWhoeverKnowsItsFields) {
   };
   for (const auto& [line, readers] : cases) {
     tree_.subfavs.unloadAbove(2);
+    tree_.subgenre(kJazz)[0].Tag = "reload";
     putAll(line);
     lists_.loadAtStart();
     EXPECT_EQ(tree_.subgenre(kJazz)[0].Tag != "reload", (readers & genre) != 0) << line;
     EXPECT_EQ(tree_.subfavs.UBound() == 3, (readers & favourite) != 0) << line;
     EXPECT_EQ(!tree_.subspecial[0].Tag.empty(), (readers & special) != 0) << line;
-    tree_.subgenre(kJazz)[0].Tag = "reload";
   }
 }
 
-TEST_F(ListFilesTest, LineEndsOfAnyKindEndALine) {
-  for (const char* end : {"\r\n", "\n", "\r", "\n\n\n", "\r\r\n"}) {
-    tree_.subfavs.unloadAbove(2);
-    putAll(std::string("a%#$u") + end + "b%#$v");
-    lists_.loadAtStart();
-    EXPECT_EQ(tree_.subgenre(kJazz).UBound(), 3);
-    EXPECT_EQ(organise(tree_, OwnList::favourites),
-              (std::vector<OwnEntry>{{"a", "u"}, {"b", "v"}}));
-    EXPECT_EQ(tree_.subspecial.UBound(), 1);
-  }
+TEST_F(ListFilesTest, TheUsersListsComeBeforeTheProgramsAndOnlyTheirTitlesAreCut) {
+  settings_.maxchar = 8;
+  putAll("a%#$u\r\n\nno\rb%#$v\n" + std::string("\0\xff%#$\x01\r", 7) + "longer than that%#$w");
+  putFile(programs("Jazz.dat"), "program's%#$u\n");
+  putFile(programs("search.dat"), "found%#$u\n");
+  putFile(data("Metal.dat"), "x");  // too short for a list
+  lists_.loadAtStart();
+  Entries expected = {
+      {"a", "u"}, {"b", "v"}, {std::string("\0\xff", 2), "\x01"}, {"long ...", "w"}};
+  EXPECT_EQ(entries(tree_.subspecial), expected);
+  expected.insert(expected.end(), {{"-", "-"}, {"Reload", "reload"}});
+  EXPECT_EQ(entries(tree_.subgenre(kJazz)), expected);
+  EXPECT_EQ(entries(tree_.subgenre(kMetal)), (Entries{{"Reload", "reload"}}));
+  EXPECT_EQ(entries(tree_.subgenre(tray::kSearchGenre)),
+            (Entries{{"found", "u"}, {"-", "-"}, {"New Search", "search"}}));
+  EXPECT_EQ(organise(tree_, OwnList::favourites).back(), (OwnEntry{"longer than that", "w"}));
 }
 
 TEST_F(ListFilesTest, TwoHundredThousandRecordsAreReadAndWrittenBack) {
@@ -115,34 +143,39 @@ TEST_F(ListFilesTest, TwoHundredThousandRecordsAreReadAndWrittenBack) {
   EXPECT_TRUE(organise(tree_, OwnList::favourites) == after);
 }
 
-TEST_F(ListFilesTest, AHundredMegabytesAreLeftAlone) {
-  constexpr std::uintmax_t kSize = 100 << 20;
-  putAll("");
-  for (const auto& name : names_) std::filesystem::resize_file(path(data(name)), kSize);
+TEST_F(ListFilesTest, WhatIsTooLargeToReadIsKept) {
+  const std::string many(app::kLargestFile + 1, 'x');
+  const auto whole = [&](const char* name) { return app::readWhole(data(name), 2 * many.size()); };
+  putAll(many);
+  putFile(data("special.dat"), "over%#$b%#$20200101\nmine%#$c\n");
   lists_.loadAtStart();
-  EXPECT_EQ(entries(tree_.subgenre(kJazz)), (Entries{{"Reload", "reload"}}));
-  EXPECT_EQ(tree_.subfavs.UBound(), 2);
+  EXPECT_EQ(firstTitles(), (Strings{"Reload", "(none)", "mine"}));
+  putFile(data("special.dat"), many);
+  lists_.specialreloaded();
+  EXPECT_EQ(tree_.subspecial[0].Caption, "mine") << "better than none";
   EXPECT_EQ(lists_.specials(), std::nullopt);
   EXPECT_FALSE(lists_.writeSpecials({{"new", "u"}}));
+  tree_.subfavs.load() = {"new", "u"};
   ASSERT_TRUE(lists_.writeAtEnd());
-  for (const auto& name : names_) {
-    EXPECT_EQ(std::filesystem::file_size(path(data(name))), kSize) << name;
-  }
+  EXPECT_TRUE(whole("Jazz.dat") == many);
+  EXPECT_TRUE(whole("favs.dat") == many + "\r\nnew%#$u\r\n");
+  EXPECT_TRUE(whole("special.dat") == many);
+
+  putFile(data("special.dat"), "over%#$b%#$20200101\nback%#$d\n");
+  lists_.specialreloaded();
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(fileText(data("special.dat")), "back%#$d\r\n");
 }
 
 TEST_F(ListFilesTest, AFolderInTheFilesPlaceStaysOne) {
   for (const auto& name : names_) {
-    app::makeFolder(data(name));
     putFile(data(name) + "\\inside", "x");
-    putFile(paths_.program_folder + "\\data\\" + name, "program's%#$u\n");
+    putFile(programs(name), "program's%#$u\n");
   }
   lists_.loadAtStart();
-  EXPECT_EQ(firstOf(tree_.subgenre(kJazz), 0), "program's");
-  EXPECT_EQ(firstOf(tree_.subfavs, 3), "program's");
-  EXPECT_EQ(firstOf(tree_.subspecial, 0), "program's");
+  EXPECT_EQ(firstTitles(), Strings(3, "program's"));
   EXPECT_FALSE(writeAll());
   for (const auto& name : names_) EXPECT_EQ(fileText(data(name) + "\\inside"), "x");
-  EXPECT_TRUE(nothingBeside());
 }
 
 // Some systems replace a read-only file and some refuse to.
@@ -150,23 +183,25 @@ TEST_F(ListFilesTest, AReadOnlyFileIsOldOrNew) {
   using std::filesystem::perms;
   putAll("old%#$u\r\n");
   for (const auto& name : names_) {
-    std::filesystem::permissions(path(data(name)), perms::owner_read | perms::group_read);
+    std::filesystem::permissions(nativePath(data(name)), perms::owner_read | perms::group_read);
   }
   lists_.loadAtStart();
-  EXPECT_EQ(firstOf(tree_.subgenre(kJazz), 0), "old");
+  EXPECT_EQ(firstTitles(), Strings(3, "old"));
   const bool written = writeAll();
   EXPECT_EQ(fileText(data("favs.dat")), written ? "old%#$u\r\nnew%#$u\r\n" : "old%#$u\r\n");
   EXPECT_EQ(fileText(data("special.dat")), written ? "new%#$u\r\n" : "old%#$u\r\n");
-  EXPECT_TRUE(nothingBeside());
-  for (const auto& name : names_) std::filesystem::permissions(path(data(name)), perms::owner_all);
+  for (const auto& name : names_) {
+    std::filesystem::permissions(nativePath(data(name)), perms::owner_all);
+  }
 }
 
 TEST_F(ListFilesTest, OneIsWrittenThoughThereIsNoMemoryForAWhile) {
   app::FileWriter writer;
-  refuseMemory(3);
+  spared = true;
+  refusals = 3;
   writer.replace(data("Jazz.dat"), "new%#$u\r\n");
   writer.finish();
-  EXPECT_EQ(memoryRefusalsLeft(), 0);
+  EXPECT_EQ(refusals, 0);
   EXPECT_EQ(fileText(data("Jazz.dat")), "new%#$u\r\n");
 }
 
@@ -175,16 +210,14 @@ TEST_F(ListFilesTest, AFileThatAnotherProgramHoldsIsKeptForIt) {
   putAll("old%#$u\r\n");
   std::vector<std::FILE*> held;
   for (const auto& name : names_) {
-    held.push_back(_fsopen(path(data(name)).string().c_str(), "r+b", _SH_DENYRW));
+    held.push_back(_fsopen(nativePath(data(name)).string().c_str(), "r+b", _SH_DENYRW));
   }
   lists_.loadAtStart();
-  EXPECT_EQ(firstOf(tree_.subgenre(kJazz), 0), "Reload");
-  EXPECT_EQ(firstOf(tree_.subfavs, 3), "(none)");
+  EXPECT_EQ(firstTitles(), (Strings{"Reload", "(none)", "leer"}));
   EXPECT_EQ(lists_.specials(), std::nullopt);
   EXPECT_FALSE(writeAll());
   for (std::FILE* file : held) std::fclose(file);
   for (const auto& name : names_) EXPECT_EQ(fileText(data(name)), "old%#$u\r\n") << name;
-  EXPECT_TRUE(nothingBeside());
 
   ASSERT_TRUE(lists_.writeAtEnd()) << "released: the unread favourites and the new one";
   EXPECT_EQ(fileText(data("favs.dat")), "old%#$u\r\nnew%#$u\r\n");

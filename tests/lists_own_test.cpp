@@ -6,8 +6,6 @@ namespace {
 
 using Rows = std::vector<OwnEntry>;
 
-const std::string kLong(200, 'k');
-
 class OwnListsTest : public DirectoryTest {
  protected:
   void load(const Rows& rows, OwnList list) {
@@ -20,6 +18,10 @@ class OwnListsTest : public DirectoryTest {
   }
   tray::MenuArray& menuOf(OwnList list) {
     return list == OwnList::favourites ? tree_.subfavs : tree_.subspecial;
+  }
+  bool shown() const {
+    EXPECT_EQ(tree_.mgenrespecial.Visible, tree_.specialtrenner.Visible);
+    return tree_.mgenrespecial.Visible;
   }
   // As a new start of the program would have it.
   Rows favouritesNextTime() {
@@ -67,21 +69,49 @@ TEST_F(OwnListsTest, WhatHappensToTheMenuMeanwhileOutlivesTheOrganiser) {
   EXPECT_EQ(organise(tree_, OwnList::specials), (Rows{{"b", "v"}, {"new", "x"}}));
 }
 
-TEST_F(OwnListsTest, AnEntryNeedsBothItsTexts) {
-  EXPECT_TRUE(isComplete("t", "u"));
-  EXPECT_TRUE(isComplete(" ", " "));
-  EXPECT_FALSE(isComplete("t", ""));
-  EXPECT_FALSE(isComplete("", "u"));
+TEST_F(OwnListsTest, OwnEntriesAreOfferedUpToTheirLastDayAndThenLeaveTheFile) {
+  settings_.maxchar = 8;
+  putFile(data("special.dat"),
+          "today%#$a%#$20250615\nyesterday%#$b%#$20250614\nundated and long%#$c\n");
+  lists_.specialreloaded();
+  EXPECT_EQ(entries(tree_.subspecial), (Entries{{"today", "a"}, {"unda ...", "c"}}));
+  EXPECT_TRUE(shown());
+  EXPECT_EQ(lists_.specials(), (Rows{{"today", "a"}, {"undated and long", "c"}}))
+      << "the page shows titles in full, or the next OK would cut them";
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(fileText(data("special.dat")), "today%#$a\r\nunda ...%#$c\r\n");
 }
 
-TEST_F(OwnListsTest, WrittenOwnEntriesAreInFileAndMenuInTheirOrder) {
-  ASSERT_TRUE(lists_.writeSpecials({{kLong, "http://b"}, {"a", "http://a"}}));
-  EXPECT_EQ(fileText(data("special.dat")), kLong + "%#$http://b\r\na%#$http://a\r\n");
-  EXPECT_EQ(tree_.subspecial[0].Caption.size(), static_cast<std::size_t>(settings_.maxchar));
-  EXPECT_EQ(tree_.subspecial[1].Caption, "a");
-  EXPECT_TRUE(tree_.mgenrespecial.Visible && tree_.mgenrespecial.Enabled);
-  EXPECT_EQ(lists_.specials(), (Rows{{kLong, "http://b"}, {"a", "http://a"}}))
-      << "the page shows titles in full, or the next OK would cut them";
+TEST_F(OwnListsTest, TheMenuOfOwnEntriesIsWhatItsFileIs) {
+  EXPECT_EQ(lists_.specials(), Rows{});
+  ASSERT_TRUE(lists_.writeSpecials({}));
+  EXPECT_FALSE(app::fileExists(data("special.dat"))) << "an empty file would show a menu";
+  EXPECT_FALSE(shown());
+  ASSERT_TRUE(lists_.writeSpecials({{"b", "u"}, {"a", "v"}}));
+  EXPECT_EQ(fileText(data("special.dat")), "b%#$u\r\na%#$v\r\n");
+  EXPECT_EQ(entries(tree_.subspecial), (Entries{{"b", "u"}, {"a", "v"}}));
+  EXPECT_TRUE(shown() && tree_.mgenrespecial.Enabled);
+
+  const std::string dated = "a%#$u%#$20990101\n";
+  putFile(data("special.dat"), dated);
+  lists_.specialreloaded();
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(fileText(data("special.dat")), dated) << "nothing has expired";
+
+  ASSERT_TRUE(app::removeFile(data("special.dat")));
+  lists_.specialreloaded();
+  EXPECT_FALSE(shown());
+  putFile(programs("special.dat"), "program's%#$u\n");
+  EXPECT_EQ(lists_.specials(), (Rows{{"program's", "u"}}));
+  ASSERT_TRUE(lists_.writeSpecials({}));
+  EXPECT_EQ(fileText(data("special.dat")), "") << "or the program's would come back";
+  EXPECT_EQ(entries(tree_.subspecial), (Entries{{"leer", ""}}));
+}
+
+TEST_F(OwnListsTest, FavouritesAreWrittenOnlyWhileThereAreSome) {
+  putFile(data("favs.dat"), "a%#$u\n");
+  ASSERT_TRUE(lists_.writeAtEnd());
+  EXPECT_EQ(fileText(data("favs.dat")), "a%#$u\n");
 }
 
 TEST_F(OwnListsTest, TypedTextKeepsItsEntryWhatItMayBe) {
@@ -108,43 +138,6 @@ TEST_F(OwnListsTest, TypedTextKeepsItsEntryWhatItMayBe) {
     ASSERT_TRUE(lists_.writeAtEnd());
     EXPECT_EQ(favouritesNextTime(), kept);
   }
-}
-
-TEST_F(OwnListsTest, ThePageShowsWhatIsDue) {
-  EXPECT_EQ(lists_.specials(), Rows{});
-  putFile(paths_.program_folder + "\\data\\special.dat", "program's%#$u\n");
-  EXPECT_EQ(lists_.specials(), (Rows{{"program's", "u"}}));
-  putFile(data("special.dat"), "today%#$a%#$20250615\nover%#$b%#$20250614\nplain%#$c\nno\n");
-  EXPECT_EQ(lists_.specials(), (Rows{{"today", "a"}, {"plain", "c"}}));
-}
-
-TEST_F(OwnListsTest, NoOwnEntriesMakeNoFileButEmptyTheOneThatIsThere) {
-  ASSERT_TRUE(lists_.writeSpecials({}));
-  EXPECT_FALSE(app::fileExists(data("special.dat")));
-  EXPECT_FALSE(tree_.mgenrespecial.Visible);
-  // The program's list must not come back once the user has emptied it.
-  putFile(paths_.program_folder + "\\data\\special.dat", "program's%#$u\n");
-  ASSERT_TRUE(lists_.writeSpecials({}));
-  EXPECT_EQ(fileText(data("special.dat")), "");
-  EXPECT_EQ(organise(tree_, OwnList::specials), Rows{});
-}
-
-TEST_F(OwnListsTest, OwnEntriesThatCouldNotBeReadAreNotWrittenOver) {
-  const std::string many(app::kLargestFile + 1, 'x');
-  putFile(data("special.dat"), "over%#$b%#$20200101\nmine%#$c\n");
-  lists_.specialreloaded();
-  putFile(data("special.dat"), many);
-  lists_.specialreloaded();
-  EXPECT_EQ(organise(tree_, OwnList::specials), (Rows{{"mine", "c"}})) << "better than none";
-  EXPECT_EQ(lists_.specials(), std::nullopt);
-  EXPECT_FALSE(lists_.writeSpecials({{"a", "u"}}));
-  ASSERT_TRUE(lists_.writeAtEnd());
-  EXPECT_EQ(app::readWhole(data("special.dat"), 2 * many.size()), many);
-
-  putFile(data("special.dat"), "over%#$b%#$20200101\nback%#$d\n");
-  lists_.specialreloaded();
-  ASSERT_TRUE(lists_.writeAtEnd());
-  EXPECT_EQ(fileText(data("special.dat")), "back%#$d\r\n");
 }
 
 }  // namespace

@@ -5,6 +5,8 @@ target_link_libraries(logic_test PRIVATE kestrel_logic GTest::gtest_main)
 if(WIN32)
   wine_test(logic)
 else()
+  target_sources(logic_test PRIVATE language_test.cpp settings_test.cpp url_test.cpp)
+  target_compile_definitions(logic_test PRIVATE KESTREL_LANG="${PROJECT_SOURCE_DIR}/lang")
   add_test(NAME logic COMMAND logic_test)
   set_tests_properties(logic PROPERTIES TIMEOUT 120)
 

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
+
+#include <csignal>
 
 #include "app/hosts.h"
 #include "app/settings.h"
@@ -68,27 +72,29 @@ TEST(Files, LinesEndAtCrLfOrBoth) {
   }
 }
 
-TEST(Files, AFileThatCannotBeReplacedStaysWhole) {
+TEST(Files, AreReplacedWholeOrNotAtAll) {
   const TestFolder folder;
-  const std::string file = folder.path() + "\\favs.dat";
+  const std::string file = folder.path() + "\\favs.dat", beside = file + ".new";
   putFile(file, "old");
-  // A folder where the new contents would be written beside it.
-  ASSERT_TRUE(makeFolder(file + ".new"));
-  EXPECT_FALSE(replaceFile(file, "new"));
+  ASSERT_TRUE(makeFolder(beside));
+  EXPECT_FALSE(replaceFile(file, "new")) << "a folder is where they are written";
   EXPECT_EQ(fileText(file), "old");
-}
-
 #ifndef _WIN32
-TEST(Files, ADiskThatIsFullLeavesTheOldFileWhole) {
-  const TestFolder folder;
-  const std::string file = folder.path() + "\\favs.dat";
-  putFile(file, "old");
-  // What is written beside the file lands on a device that is always full.
-  ASSERT_EQ(::symlink("/dev/full", (folder.path() + "/favs.dat.new").c_str()), 0);
-  EXPECT_FALSE(replaceFile(file, "new"));
-  EXPECT_EQ(fileText(file), "old");
-}
+  std::filesystem::remove(nativePath(beside));
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual;
+  getrlimit(RLIMIT_FSIZE, &usual);
+  for (const rlim_t room : {0, 2}) {  // as on a full disk
+    const rlimit limit{room, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const bool replaced = replaceFile(file, "new");
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_FALSE(replaced) << room;
+    EXPECT_EQ(fileText(file), "old") << room;
+    EXPECT_FALSE(fileExists(beside)) << room;
+  }
 #endif
+}
 
 TEST(Files, TooLargeIsNoContents) {
   const TestFolder folder;
@@ -98,14 +104,13 @@ TEST(Files, TooLargeIsNoContents) {
   EXPECT_EQ(readWhole(file, 4), std::nullopt);
 }
 
-struct SettingsOf {
-  explicit SettingsOf(std::string_view text) {
-    readEarlySettings(text, settings);
-    applySettings(text, settings, tree);
-  }
+std::string rewritten(std::string_view text) {
   Settings settings;
   tray::MenuTree tree;
-};
+  readEarlySettings(text, settings);
+  applySettings(text, settings, tree);
+  return settingsText(settings, tree);
+}
 
 // The written file tells all that was read; each case names the line that differs
 // from the defaults.
@@ -145,18 +150,14 @@ TEST(Settings, ReadsWhatItCanAndWritesItBack) {
       {"unknown=1\r\nleftmouse=2", "leftmouse=2"},
       {"left", ""},
   };
-  const SettingsOf defaults("");
-  const std::string expected_defaults = settingsText(defaults.settings, defaults.tree);
+  const std::string defaults = rewritten("");
   for (const auto& [text, changed] : cases) {
-    const SettingsOf read(text);
-    std::string written = settingsText(read.settings, read.tree);
-    if (!changed.empty()) {
-      ASSERT_NE(written.find(changed + "\r\n"), written.npos) << text << "\n" << written;
-      // All other lines are the default ones: reading the written file back is stable.
-      const SettingsOf again(written);
-      EXPECT_EQ(settingsText(again.settings, again.tree), written);
+    const std::string written = rewritten(text);
+    if (changed.empty()) {
+      EXPECT_EQ(written, defaults) << text;
     } else {
-      EXPECT_EQ(written, expected_defaults) << text;
+      EXPECT_NE(written.find("\r\n" + changed + "\r\n"), written.npos) << text << "\n" << written;
+      EXPECT_EQ(rewritten(written), written) << text;
     }
   }
 }
@@ -172,26 +173,17 @@ TEST(Hosts, TakesWhatIsThereAndDefaultsForTheRest) {
 
 class StartupTest : public testing::Test {
  protected:
-  StartupTest() {
-    makeFolder(appdata_);
-    makeFolder(program_);
-    makeFolder(program_ + "\\lang");
-  }
-  Startup start() { return prepareStartup(appdata_, program_ + "\\"); }
+  Startup start() { return prepareStartup(folder_.path(), program_ + "\\"); }
 
   TestFolder folder_;
-  std::string appdata_ = folder_.path() + "\\appdata";
   std::string program_ = folder_.path() + "\\program";
-  std::string kes_ = appdata_ + "\\ardenware\\kes";
+  std::string kes_ = folder_.path() + "\\ardenware\\kes";
 };
 
-TEST_F(StartupTest, FirstStartMakesTheFolders) {
+TEST_F(StartupTest, OnlyTheFirstStartMakesTheFolders) {
   EXPECT_TRUE(start().firstrun);
   EXPECT_TRUE(folderExists(kes_ + "\\data"));
-}
-
-TEST_F(StartupTest, MakesNothingInAFolderThatWasThere) {
-  makeFolder(appdata_ + "\\ardenware");
+  std::filesystem::remove_all(nativePath(kes_));
   EXPECT_EQ(start().paths.datapath, kes_);
   EXPECT_FALSE(folderExists(kes_));
 }
@@ -219,6 +211,7 @@ TEST_F(StartupTest, CopiesTheProgramsLanguageFileAndTakesTheSplashTextFromIt) {
 TEST_F(StartupTest, ALanguageThatCannotBeFoundIsEnglish) {
   const std::pair<const char*, const char*> cases[] = {
       {"gone.kesl", "0"}, {"x", "x"}, {"0", "0"}, {"..\\settings.cfg", "0"}};
+  putFile(program_ + "\\lang\\other.kesl", "0001:x");
   for (const auto& [language, kept] : cases) {
     putFile(program_ + "\\settings.cfg", std::string("language=") + language);
     EXPECT_EQ(start().settings.language, kept);

@@ -1,6 +1,4 @@
-#include <gtest/gtest.h>
-
-#include "tests/fakes.h"
+#include "tests/directory_fixture.h"
 #include "tray/launch.h"
 #include "tray/station_menus.h"
 
@@ -12,39 +10,25 @@ using Strings = std::vector<std::string>;
 Strings captions(const MenuTree& tree, const Popup& popup) {
   Strings all;
   for (const Line& line : tree.lines(popup)) {
-    all.push_back(line.item->Caption + (line.submenu ? " >" : "") +
-                  (line.item->Enabled ? "" : " (grey)"));
+    all.push_back(line.item->Caption + (line.submenu ? " >" : ""));
   }
   return all;
 }
 
-TEST(MenuTree, ShowsWhatCanBeChosenInItsOrder) {
+TEST(MenuTree, ASeparatorStandsOnlyBetweenWhatCanBeChosen) {
   MenuTree tree;
-  EXPECT_EQ(captions(tree, {Popup::Kind::mainmenu}),
-            (Strings{"Genres >", "Bandwidth >", "-", "Player >", "-", "Settings", "-", "About", "-",
-                     "Quit"}));
-  EXPECT_EQ(captions(tree, {Popup::Kind::mnuplayer}),
-            (Strings{"Play", "Stop", "-", "Volume", "-", "Open Window"}));
-  EXPECT_EQ(captions(tree, {Popup::Kind::subfavs}),
-            (Strings{"Add Actual Selection", "Organize Favorites", "-"}));
-  EXPECT_EQ(captions(tree, {Popup::Kind::stations, kSearchGenre}), Strings{"New Search"});
-
   for (int i = 0; i < kGenres; ++i) tree.mgenre[i].Visible = i == 16;
   EXPECT_EQ(captions(tree, {Popup::Kind::genremenu}),
             (Strings{"The 80s >", "-", "Favorites >", "-", "Reload all"}));
+  const Line genre = tree.lines({Popup::Kind::genremenu})[0];
+  EXPECT_EQ(*genre.submenu, (Popup{Popup::Kind::stations, 16}));
+  EXPECT_EQ(genre.click.control, Control::mgenre);
+  EXPECT_EQ(genre.click.index, 16);
+
   tree.mgenrespecial.Visible = tree.specialtrenner.Visible = true;
   tree.mgenre[16].Visible = false;
   EXPECT_EQ(captions(tree, {Popup::Kind::genremenu}),
             (Strings{"Own >", "-", "Favorites >", "-", "Reload all"}));
-}
-
-TEST(MenuTree, AGenreLeadsToItsOwnStations) {
-  MenuTree tree;
-  tree.mgenre[0].Visible = false;
-  const auto lines = tree.lines({Popup::Kind::genremenu});
-  EXPECT_EQ(*lines[0].submenu, (Popup{Popup::Kind::stations, 1}));
-  EXPECT_EQ(lines[0].click.control, Control::mgenre);
-  EXPECT_EQ(lines[0].click.index, 1);
 }
 
 TEST(Playlist, FindsTheAddresses) {
@@ -62,10 +46,9 @@ TEST(Playlist, FindsTheAddresses) {
   }
 }
 
-class TrayTest : public testing::Test {
+class TrayTest : public directory::ListsTest {
  protected:
   TrayTest() {
-    app::makeFolder(paths_.inData("\\data"));
     for (int genre : {1, 2}) {
       MenuArray& menu = tree_.subgenre(genre);
       menu[0] = {"a", "http://h/a.pls"};
@@ -91,19 +74,9 @@ class TrayTest : public testing::Test {
     return all;
   }
 
-  TestFolder folder_;
-  app::Paths paths_{folder_.path(), folder_.path()};
-  app::Settings settings_;
-  app::Messages messages_;
-  app::Hosts hosts_;
-  MenuTree tree_;
-  FakeTransfer transfer_;
-  FakeDesktop desktop_;
-  FakeTrayIcon icon_;
   FakeActions actions_;
   Playlist playlist_{paths_, messages_, tree_};
   Launch launch_{settings_, desktop_, playlist_, actions_};
-  directory::StationLists lists_{paths_, settings_, messages_, tree_, "20250615"};
   directory::Query query_{
       {transfer_, desktop_, icon_, tree_, lists_, launch_, paths_, settings_, messages_, hosts_}};
   StationMenus menus_{tree_, query_, icon_, actions_};
@@ -170,28 +143,24 @@ TEST_F(TrayTest, NeverHandsTheSystemWhatItWouldExecute) {
   EXPECT_TRUE(desktop_.opened.empty());
 }
 
-TEST_F(TrayTest, OneStationIsCheckedExceptInHiddenGenres) {
+TEST_F(TrayTest, OneStationIsCheckedExceptInHiddenGenresAlsoAfterAReload) {
   tree_.mgenre[2].Visible = false;
   tree_.subgenre(2)[0].Checked = true;
   tree_.subgenre(1)[0].Checked = true;
+  tree_.subgenre(1)[1].Tag = "http://" + hosts_.directory + "/sbin/kestrel-playlist.pls";
   transfer_.answer("x");
   menus_.click(station(1, 1));
   EXPECT_EQ(checked(), (Strings{"1.1", "2.0"}));
   EXPECT_FALSE(icon_.working);
   EXPECT_EQ(icon_.caption, "Kestrel");
-}
 
-TEST_F(TrayTest, TheCheckedStationIsCheckedAgainAfterAReload) {
-  transfer_.answer("x");
-  menus_.click(station(1, 0));
-  const std::string address = "http://" + hosts_.directory + "/sbin/kestrel-playlist.pls";
-  tree_.subgenre(1)[0].Tag = address;
-  transfer_.answer(
-      "/sbin/kestrel-playlist.pls?2\"><a>new</a>/sbin/kestrel-playlist.pls\"><a>a</a>");
+  transfer_.answer("/sbin/kestrel-playlist.pls?2\"><a>new</a>" +
+                   std::string("/sbin/kestrel-playlist.pls?3\"><a>new</a>") +
+                   "/sbin/kestrel-playlist.pls\"><a>b</a>");
   menus_.click(station(1, 3));
   EXPECT_NE(transfer_.requests.back().find("sgenre=Alternative&"), std::string::npos);
   EXPECT_EQ(tree_.subgenre(1)[0].Caption, "new");
-  EXPECT_EQ(checked(), Strings{"1.1"});
+  EXPECT_EQ(checked(), (Strings{"1.2", "2.0"}));
 }
 
 TEST_F(TrayTest, AddsTheSelectionWhateverWasClickedLast) {

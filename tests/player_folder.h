@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -17,7 +18,7 @@ class TestFolder {
   TestFolder& operator=(const TestFolder&) = delete;
 
   [[nodiscard]] std::string path() const { return path_.string(); }
-  [[nodiscard]] long files() const {
+  [[nodiscard]] std::ptrdiff_t files() const {
     return std::distance(std::filesystem::directory_iterator(path_),
                          std::filesystem::directory_iterator());
   }

@@ -35,7 +35,6 @@ TEST(SpinPictures, GoOnToTheirLimitAndMakeOneStepBeyondIt) {
 
 TEST(MouseButtons, OneAlwaysOpensTheMainMenu) {
   EXPECT_EQ(chooseLeft({0, 2}, 1), (MouseButtons{1, 0}));
-  EXPECT_EQ(chooseLeft({1, 0}, 0), (MouseButtons{0, 0}));
   EXPECT_EQ(chooseLeft({1, 2}, 0), (MouseButtons{0, 2}));
   EXPECT_EQ(chooseRight({1, 0}, 2), (MouseButtons{0, 2}));
   EXPECT_EQ(chooseRight({1, 2}, 0), (MouseButtons{1, 0}));

@@ -1,8 +1,0 @@
-if(WIN32)
-  return()
-endif()
-add_executable(language_test language_test.cpp)
-target_compile_definitions(language_test PRIVATE KESTREL_LANG="${PROJECT_SOURCE_DIR}/lang")
-target_link_libraries(language_test PRIVATE kestrel_logic GTest::gtest_main)
-add_test(NAME language COMMAND language_test)
-set_tests_properties(language PROPERTIES TIMEOUT 120)
