@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <set>
 
 #include "app/sprachmod.h"
@@ -66,11 +65,7 @@ TEST_F(LanguageTest, ATextReachesEachOfItsPlaces) {
   tree_.subgenre(4).load() = {"One", "http://one"};
   tree_.subgenre(4).load() = {"Reload", "reload"};
   tree_.subgenre(19).load() = {"Two", "http://two"};
-  load(
-      "1003:a\n1021:b\n1022:c\n1038:d\n1039:e\n2003:f\n2017:g\n2040:h\n3003:i\\nj\\Nk\n4002:%t l\n"
-      "2043:m\n1032:n\n5001:o");
-  EXPECT_EQ(tree_.mgenre[0].Caption, "a");
-  EXPECT_EQ(tree_.mgenre[18].Caption, "b");
+  load("1022:c\n1038:d\n1039:e\n2003:f\n2017:g\n2040:h\n3003:i\\nj\\Nk\n4002:%t l\n2043:m");
   EXPECT_EQ(tree_.subgenre(0)[0].Caption, "c");
   EXPECT_NE(tree_.subgenre(4)[0].Caption, "c") << "only the highest";
   EXPECT_EQ(tree_.subgenre(4)[2].Caption, "c");
@@ -87,7 +82,6 @@ TEST_F(LanguageTest, ATextReachesEachOfItsPlaces) {
   EXPECT_EQ(caption("Form3.Text1"), "i\r\nj\\Nk");
   EXPECT_EQ(messages_.msgloading, "%t l");
   EXPECT_EQ(caption("Form2.Combo1(2)") + caption("Form2.Combo2(2)"), "mm");
-  EXPECT_EQ(tree_.subbit[5].Caption + tree_.subfavs[1].Caption, "no");
   EXPECT_EQ(caption("Form2.Check1"), "Show Splashscreen") << "left out, so it stays";
 }
 
@@ -187,9 +181,8 @@ std::set<std::string> everyId() {
                                 {4001, 4004}, {5001, 5003}, {6005, 6007}};
   for (const auto& [first, last] : kRanges) {
     for (int id = first; id <= last; ++id) {
-      char text[8];
-      std::snprintf(text, sizeof(text), "%04d", id);
-      ids.insert(text);
+      const std::string digits = std::to_string(id);
+      ids.insert(std::string(4 - digits.size(), '0') + digits);
     }
   }
   return ids;
@@ -202,8 +195,10 @@ int count(std::string_view text, std::string_view part) {
 }
 
 TEST(ShippedLanguages, HaveEachIdOnceAndKeepWhatTheProgramPutsIn) {
+  int found = 0;
   for (const auto& shipped : std::filesystem::directory_iterator(KESTREL_LANG)) {
     if (shipped.path().extension() != ".kesl") continue;
+    ++found;
     SCOPED_TRACE(shipped.path());
     const std::string file = fileText(shipped.path().string());
     EXPECT_EQ(count(file, "\n"), count(file, "\r\n"));
@@ -226,6 +221,7 @@ TEST(ShippedLanguages, HaveEachIdOnceAndKeepWhatTheProgramPutsIn) {
     }
     EXPECT_EQ(missing, std::set<std::string>());
   }
+  EXPECT_GE(found, 10);
 }
 
 // An id that stands for nothing would leave the English text: every text must change

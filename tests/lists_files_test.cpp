@@ -178,23 +178,6 @@ TEST_F(ListFilesTest, AFolderInTheFilesPlaceStaysOne) {
   for (const auto& name : names_) EXPECT_EQ(fileText(data(name) + "\\inside"), "x");
 }
 
-// Some systems replace a read-only file and some refuse to.
-TEST_F(ListFilesTest, AReadOnlyFileIsOldOrNew) {
-  using std::filesystem::perms;
-  putAll("old%#$u\r\n");
-  for (const auto& name : names_) {
-    std::filesystem::permissions(nativePath(data(name)), perms::owner_read | perms::group_read);
-  }
-  lists_.loadAtStart();
-  EXPECT_EQ(firstTitles(), Strings(3, "old"));
-  const bool written = writeAll();
-  EXPECT_EQ(fileText(data("favs.dat")), written ? "old%#$u\r\nnew%#$u\r\n" : "old%#$u\r\n");
-  EXPECT_EQ(fileText(data("special.dat")), written ? "new%#$u\r\n" : "old%#$u\r\n");
-  for (const auto& name : names_) {
-    std::filesystem::permissions(nativePath(data(name)), perms::owner_all);
-  }
-}
-
 TEST_F(ListFilesTest, OneIsWrittenThoughThereIsNoMemoryForAWhile) {
   app::FileWriter writer;
   spared = true;

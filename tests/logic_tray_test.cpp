@@ -24,6 +24,7 @@ TEST(MenuTree, ASeparatorStandsOnlyBetweenWhatCanBeChosen) {
   EXPECT_EQ(*genre.submenu, (Popup{Popup::Kind::stations, 16}));
   EXPECT_EQ(genre.click.control, Control::mgenre);
   EXPECT_EQ(genre.click.index, 16);
+  EXPECT_EQ(captions(tree, *genre.submenu), Strings{"Reload"});
 
   tree.mgenrespecial.Visible = tree.specialtrenner.Visible = true;
   tree.mgenre[16].Visible = false;
