@@ -54,18 +54,16 @@ class ListsKillTest : public DirectoryTest {
     old_["\\data\\favs.dat"] = "old%#$u\r\n";
     old_["\\data\\special.dat"] = "kept%#$u\r\nover%#$v%#$20200101\r\n";
     old_["\\settings.cfg"] = "volume:7\r\n";
-    for (int i = 0; i < kReloaded; ++i) old_[cache(i)] = std::string(3000, 'o') + "%#$u\r\n";
+    std::string page;
+    for (int k = 0; k < 200; ++k) page += row("New " + std::to_string(k), std::to_string(k));
+    for (int i = 0; i < kReloaded; ++i) {
+      old_["\\data\\" + tree_.mgenre[i].Tag + ".dat"] = std::string(3000, 'o') + "%#$u\r\n";
+      transfer_.answer(page);
+    }
     putOld();
     lists_.loadAtStart();
     tree_.subfavs.load() = {"new", "v"};
-    for (int i = 0; i < kReloaded; ++i) {
-      std::string page;
-      for (int k = 0; k < 200; ++k) page += row("New " + std::to_string(k), std::to_string(k));
-      transfer_.answer(page);
-    }
   }
-
-  std::string cache(int genre) const { return "\\data\\" + tree_.mgenre[genre].Tag + ".dat"; }
 
   void putOld() const {
     for (const auto& [name, text] : old_) putFile(paths_.inData(name), text);

@@ -61,30 +61,24 @@ TEST(Transfer, ASlowAnswerIsNoSlowConnection) {
   EXPECT_GT(GetTickCount64() - start, 1200u) << "it was given up as a connection";
 }
 
-/// Runs a closure from the message loop of the waiting request.
-class FromThePump {
- public:
-  explicit FromThePump(std::function<void()> action) {
-    pending() = std::move(action);
-    SetTimer(nullptr, 0, 50, run);
-  }
+std::function<void()> pending;
 
- private:
-  static void CALLBACK run(HWND, UINT, UINT_PTR id, DWORD) {
-    KillTimer(nullptr, id);
-    std::exchange(pending(), nullptr)();
-  }
-  static std::function<void()>& pending() {
-    static std::function<void()> action;
-    return action;
-  }
-};
+void CALLBACK doPending(HWND, UINT, UINT_PTR id, DWORD) {
+  KillTimer(nullptr, id);
+  pending();
+}
+
+// Does it from the message loop of the request that waits by then.
+void doFromThePump(std::function<void()> what) {
+  pending = std::move(what);
+  SetTimer(nullptr, 0, 50, doPending);
+}
 
 TEST(Transfer, ANewerRequestFromThePumpEndsTheWaitingOne) {
   WinHttpTransfer transfer;
   (void)transfer.get(url("/control/log?clear=1"));
   TransferResult inner;
-  FromThePump nested([&] { inner = transfer.get(page("garbage")); });
+  doFromThePump([&] { inner = transfer.get(page("garbage")); });
   EXPECT_EQ(transfer.get(page("hang")).outcome, Outcome::superseded);
   EXPECT_EQ(inner.body.size(), 50'000u);
   const std::string log = transfer.get(url("/control/log")).body;
@@ -93,7 +87,7 @@ TEST(Transfer, ANewerRequestFromThePumpEndsTheWaitingOne) {
 
 TEST(Transfer, ShutDownEndsTheWaitAtOnceAndForGood) {
   WinHttpTransfer transfer;
-  FromThePump nested([&] { transfer.shutDown(); });
+  doFromThePump([&] { transfer.shutDown(); });
   const auto start = GetTickCount64();
   EXPECT_EQ(transfer.get(page("hang")).outcome, Outcome::ended);
   EXPECT_LT(GetTickCount64() - start, 5000u) << "the time limit ended it, not the shut-down";
