@@ -1,5 +1,0 @@
-if(WIN32)
-  add_executable(transfer_test transfer_test.cpp)
-  target_link_libraries(transfer_test PRIVATE kestrel_win kestrel_logic GTest::gtest_main)
-  wine_test(transfer transfer_test.py)
-endif()
