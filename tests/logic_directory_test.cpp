@@ -62,33 +62,29 @@ using Answer = Query::Answer;
 TEST_F(DirectoryTest, APageBecomesMenuAndCacheAndTheCacheTheSameMenu) {
   settings_.maxchar = 12;
   transfer_.answer(row("Exactly 12 c", "1") + row("Thirteen char", "2") + row("a\r\nb", "3"));
-  EXPECT_EQ(query_.ladeonline(7, Query::Mode::click, false, url("2")), Answer::done);
+  EXPECT_EQ(query_.ladeonline(7, Query::Mode::click, false, url("1")), Answer::done);
   Entries expected = {{"Exactly 12 c", url("1")},
                       {"Thirteen ...", url("2")},
                       {"a  b", url("3")},
                       {"-", "xt"},
                       {"Reload", "reload"}};
   EXPECT_EQ(entries(tree_.subgenre(7)), expected);
-  EXPECT_TRUE(tree_.subgenre(7)[1].Checked);
-  EXPECT_FALSE(tree_.subgenre(7)[0].Checked);
+  EXPECT_TRUE(tree_.subgenre(7)[0].Checked);
+  EXPECT_FALSE(tree_.subgenre(7)[1].Checked);
   EXPECT_EQ(fileText(data("Jazz.dat")), "Exactly 12 c%#$" + url("1") + "\r\nThirteen char%#$" +
                                             url("2") + "\r\na  b%#$" + url("3") + "\r\n");
 
   lists_.ladeoffline(tree_.subgenre(6), data("Jazz.dat"), StationLists::Kind::genre);
   expected[3].second = "-";
   EXPECT_EQ(entries(tree_.subgenre(6)), expected);
-}
 
-TEST_F(DirectoryTest, AShorterPageLeavesNothingOfTheLongerOne) {
-  transfer_.answer(row("a", "1") + row("b", "2"));
-  transfer_.answer(row("c", "3"));
-  EXPECT_EQ(query_.ladeonline(0, Query::Mode::click, false, url("1")), Answer::done);
-  EXPECT_EQ(query_.ladeonline(0, Query::Mode::reload, false, url("1")), Answer::done);
-  EXPECT_EQ(entries(tree_.subgenre(0)),
-            (Entries{{"c", url("3")}, {"-", "xt"}, {"Reload", "reload"}}));
-  EXPECT_FALSE(tree_.subgenre(0)[0].Checked) << "the mark was another station's";
+  transfer_.answer(row("c", "9"));  // nothing of the longer page stays
+  EXPECT_EQ(query_.ladeonline(7, Query::Mode::reload, false, url("1")), Answer::done);
+  EXPECT_EQ(entries(tree_.subgenre(7)),
+            (Entries{{"c", url("9")}, {"-", "xt"}, {"Reload", "reload"}}));
+  EXPECT_FALSE(tree_.subgenre(7)[0].Checked) << "the mark was another station's";
   lists_.finishCaches();
-  EXPECT_EQ(fileText(data("TopTen.dat")), "c%#$" + url("3") + "\r\n");
+  EXPECT_EQ(fileText(data("Jazz.dat")), "c%#$" + url("9") + "\r\n");
 }
 
 TEST_F(DirectoryTest, AsksTheDirectoryInItsOwnWords) {
