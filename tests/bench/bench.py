@@ -157,7 +157,7 @@ class Bench:
         self.kestrel.kill()
         self.wait_no_icon()
         self.kestrel.direct_to(f"127.0.0.1:{self.radio.port}")
-        server.close()
+        server.shutdown()
         self.write_lists(100)  # the reload has put its own in their place
         ratio = median(own) / median(client)
         row("19 pages of 20 kB, one client on the same library", f"{median(client):.1f} ms")

@@ -166,7 +166,6 @@ class ManyStations(Case):
         self.kestrel.write_list("Jazz", stations(500))
         self.start(player=9)  # a station's click fetches its playlist and does no more
         self.menu = self.kestrel.browse("Genres", "Jazz")
-        self.assertEqual(502, len(self.menu.items))
 
     def now(self):
         return self.kestrel.popups()[-1]
@@ -177,17 +176,12 @@ class ManyStations(Case):
     def visible(self):
         return [i.label for i in self.now().items if self.menu.shows(i)]
 
-    def test_it_opens_within_the_screen(self):
-        self.assertGreaterEqual(self.menu.rect[1], 0)
-        self.assertLessEqual(self.menu.rect[3], 768)
-        self.assertEqual("Station 1", self.visible()[0])
-
-    def test_the_mouse_scrolls_it(self):
-        left, _, right, bottom = self.menu.rect
-        self.desktop.move(((left + right) // 2, bottom - 6))
+    def test_it_opens_within_the_screen_and_the_mouse_scrolls_it(self):
+        left, top, right, bottom = self.menu.rect
+        self.assertTrue(0 <= top and bottom <= 768)
+        self.assertEqual(("Station 1", 502), (self.visible()[0], len(self.menu.items)))
         for _ in range(3):
-            self.desktop.press(((left + right) // 2, bottom - 6))
-            self.desktop.release()
+            self.desktop.click(((left + right) // 2, bottom - 6))
         wait_for(lambda: "Station 1" not in self.visible(), "the list to move")
         self.assertEqual(3, len(self.kestrel.popups()))
 

@@ -307,8 +307,12 @@ class Settings(Case):
             self.assertEqual(file.read(), copy.read())
         wait_for(lambda: self.kestrel.icon_picture() != before, "the new icon")
 
-    def test_the_end_of_the_session_closes_it_without_its_changes(self):
+    def test_a_click_on_the_icon_leads_to_it_and_the_end_of_the_session_closes_it_without_its_changes(self):
         dialog = self.open(maxentry=33)
+        self.desktop.click(self.kestrel.icon())
+        time.sleep(0.5)
+        self.assertEqual([], self.kestrel.popups())
+        wait_for(lambda: self.desktop.probe.ask("foreground")["window"] == dialog.window().handle, "the dialog in front")
         dialog.write("Text1", "44")
         dialog.page(3)
         dialog.click("Command6")  # and one more dialog on top
@@ -316,13 +320,6 @@ class Settings(Case):
         self.desktop.probe.send(self.kestrel.form1(), WM_ENDSESSION, 1)
         self.assertEqual(0, self.kestrel.wait_end())
         self.assertEqual("33", self.kestrel.setting("maxentry"))
-
-    def test_a_click_on_the_icon_leads_to_the_open_dialog(self):
-        dialog = self.open()
-        self.desktop.click(self.kestrel.icon())
-        time.sleep(0.5)
-        self.assertEqual([], self.kestrel.popups())
-        wait_for(lambda: self.desktop.probe.ask("foreground")["window"] == dialog.window().handle, "the dialog in front")
 
 
 if __name__ == "__main__":

@@ -5,7 +5,6 @@ import time
 import unittest
 
 from case import Case
-from kestrel import RIGHT
 from processes import wait_for
 
 DEFAULTS = b"""#config for kestrel 1.0.68+
@@ -76,16 +75,6 @@ class Start(Case):
                 self.assertEqual(expected, texts is not None)
                 self.assertTrue(texts is None or "1.1.0" in texts, texts)
                 self.kestrel.quit()
-
-    def test_settings_come_back_as_they_were_read(self):
-        values = {"genre": "1;0;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1;1;0;1", "bitrate": "3", "showsplash": "0",
-                  "showreloadallwindow": "0", "maxentry": "0035", "maxchar": "80", "reloadonstartup": "0",
-                  "language": "0", "playerwin_left": "1500", "playerwin_top": "3000", "player": "2",
-                  "playerpath": r"C:\Player\play.exe -x=1 %1", "volume": "5000", "leftmouse": "1",
-                  "rightmouse": "0", "playerstart": "0"}
-        self.start(**values)
-        self.kestrel.quit(RIGHT)
-        self.assertEqual(values, {k: self.kestrel.setting(k) for k in values})
 
     def test_old_language_files_show_their_letters_and_hostile_ones_do_no_harm(self):
         self.kestrel.write_language("old.kesl", "1033:Größe & Co\n1034:-\n1035:Fin\0e\t\n1002".encode("cp1252"))
