@@ -76,7 +76,8 @@ class Case(unittest.TestCase):
         return [(title, self.radio.url.encode() + path) for path, title in links(page)]
 
     def _leave(self):
-        if not self._outcome.success:
+        result = self._outcome.result
+        if any(self in (test, getattr(test, "test_case", None)) for test, _ in result.failures + result.errors):
             self.desktop.picture("failed-" + self.id().replace("__main__.", ""))
         for kind in "directory", "playlist", "stream":
             self.radio.switch(kind, "none")
