@@ -16,10 +16,12 @@ bool beginsAt(const ResponseHead& head, uint64_t from) {
          head.value("content-range").starts_with("bytes " + std::to_string(from) + "-");
 }
 
-// Not the same as refusing: a station that is full or has no source now may have
-// one soon. Radio servers of the ICY kind use their numbers for anything.
+// Nothing there, or nothing behind what was read already (416). Not the same as
+// refusing: a station that is full or has no source now may have one soon. Radio
+// servers of the ICY kind use their numbers for anything.
 bool isFinal(const ResponseHead& head) {
-  return (head.status == 404 || head.status == 410) && head.status_line.starts_with("HTTP/");
+  const bool final = head.status == 404 || head.status == 410 || head.status == 416;
+  return final && head.status_line.starts_with("HTTP/");
 }
 
 bool isRedirect(int status) {

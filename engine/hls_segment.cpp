@@ -13,6 +13,10 @@ namespace engine {
 namespace {
 
 constexpr size_t kReadSize = 8 * 1024;
+// What broke off is asked for again after the first pause, twice as long, and so on
+// to the last one: as long as the sound in hand usually bridges.
+constexpr std::chrono::milliseconds kFirstPause{500};
+constexpr std::chrono::milliseconds kLastPause{2000};
 
 }  // namespace
 
@@ -25,7 +29,7 @@ NetError HlsSegmentReader::open(const Url& base, const HlsFile& file, const HlsK
   close();
   cipher_.reset();
   encrypted_.clear();
-  const auto url = resolveRedirect(base, file.address);
+  auto url = resolveRedirect(base, file.address);
   if (!url || (key != nullptr && key->method == HlsKey::Method::unknown)) return NetError::format;
   if (key != nullptr) {
     if (const NetError error = loadKey(base, *key); error != NetError::none) return error;
@@ -34,12 +38,31 @@ NetError HlsSegmentReader::open(const Url& base, const HlsFile& file, const HlsK
       vector_[kBlock - 1 - i] = static_cast<uint8_t>(number >> (8 * i));
     }
   }
+  url_ = std::move(*url);
+  piece_ = file.range;
+  taken_ = 0;
+  const NetError error = ask();
+  is_open_ = error == NetError::none;
+  return error;
+}
+
+void HlsSegmentReader::close() {
+  is_open_ = false;
+  source_.reset();
+}
+
+NetError HlsSegmentReader::ask() {
+  const bool to_end = piece_.length == 0;
+  const ByteRange rest{piece_.from + taken_, to_end ? 0 : piece_.length - taken_};
   OpenedSource opened = openSource(
-      *url, interrupt_, [](const std::string&) {}, file.range);
+      url_, interrupt_, [](const std::string&) {}, rest);
   if (!opened.source) return opened.error;
   source_ = std::move(opened.source);
-  skip_ = source_->head().status == 206 ? 0 : file.range.from;
-  left_ = file.range.length != 0 ? file.range.length : UINT64_MAX;
+  const ResponseHead& head = source_->head();
+  skip_ = head.status == 206 ? 0 : rest.from;
+  left_ = to_end ? std::nullopt : std::optional(rest.length);
+  const auto length = head.number("content-length");
+  if (to_end && length && *length >= skip_) left_ = *length - skip_;
   return NetError::none;
 }
 
@@ -64,6 +87,19 @@ NetError HlsSegmentReader::read(uint8_t* to, size_t room, size_t& got) {
 }
 
 NetError HlsSegmentReader::readSource(uint8_t* to, size_t room, size_t& got) {
+  for (auto pause = kFirstPause;; pause *= 2) {
+    got = 0;
+    NetError error = source_ ? NetError::none : ask();
+    if (error == NetError::none) error = readOnce(to, room, got);
+    const bool well = error == NetError::none && (got != 0 || left_.value_or(0) == 0);
+    const bool final = error == NetError::interrupted || error == NetError::gone;
+    if (well || final || pause > kLastPause) return error;
+    source_.reset();
+    if (interrupt_.wait(pause)) return NetError::interrupted;
+  }
+}
+
+NetError HlsSegmentReader::readOnce(uint8_t* to, size_t room, size_t& got) {
   while (skip_ != 0) {
     const auto some = static_cast<size_t>(std::min<uint64_t>(skip_, room));
     const NetError error = source_->read(to, some, got);
@@ -71,10 +107,11 @@ NetError HlsSegmentReader::readSource(uint8_t* to, size_t room, size_t& got) {
     skip_ -= got;
   }
   got = 0;
-  room = static_cast<size_t>(std::min<uint64_t>(left_, room));
+  room = static_cast<size_t>(std::min<uint64_t>(left_.value_or(room), room));
   if (room == 0) return NetError::none;
   const NetError error = source_->read(to, room, got);
-  left_ -= got;
+  taken_ += got;
+  if (left_) *left_ -= got;
   return error;
 }
 

@@ -10,7 +10,8 @@ struct AVAES;
 
 namespace engine {
 
-/// The bytes of a file or a piece of one, decrypted. One thread.
+/// The bytes of a file or a piece of one, decrypted. What breaks off is asked for again
+/// from there. One thread.
 class HlsSegmentReader {
  public:
   explicit HlsSegmentReader(const Interrupt& interrupt) : interrupt_(interrupt) {}
@@ -22,8 +23,8 @@ class HlsSegmentReader {
   /// Waits for at least one byte, into room for at least 16. `got` 0 without an error:
   /// the end.
   [[nodiscard]] NetError read(uint8_t* to, size_t room, size_t& got);
-  void close() { source_.reset(); }
-  bool isOpen() const { return source_ != nullptr; }
+  void close();
+  bool isOpen() const { return is_open_; }
 
  private:
   static constexpr size_t kBlock = 16;
@@ -32,13 +33,19 @@ class HlsSegmentReader {
   };
 
   NetError loadKey(const Url& base, const HlsKey& key);
+  NetError ask();
   NetError readSource(uint8_t* to, size_t room, size_t& got);
+  NetError readOnce(uint8_t* to, size_t room, size_t& got);
   NetError readEncrypted(uint8_t* to, size_t room, size_t& got);
 
   const Interrupt& interrupt_;
-  std::unique_ptr<ByteSource> source_;
-  uint64_t skip_ = 0;  ///< bytes before the piece, from a server that gives only all
-  uint64_t left_ = 0;  ///< of the piece
+  bool is_open_ = false;
+  Url url_;
+  ByteRange piece_;
+  uint64_t taken_ = 0;                  ///< of the piece
+  std::unique_ptr<ByteSource> source_;  ///< null between two connections
+  uint64_t skip_ = 0;  ///< bytes before what is wanted, from a server that gives only all
+  std::optional<uint64_t> left_;  ///< to come; unknown from a server that does not tell
   std::string key_address_;
   std::string key_;
   std::unique_ptr<AVAES, FreeCipher> cipher_;  ///< null for a plain segment
