@@ -52,12 +52,18 @@ TEST_P(Hls, IsHeardAcrossItsSegments) {
   EXPECT_TRUE(listener.waitFor(Note::end, 1));
   EXPECT_GT(web.timesAsked(), 4u) << "no segments";
   EXPECT_LT(session.reel()->sound().size(), Tape::kRate * 3u) << "each of them once";
+
+  web.breakOff();
+  Listener again;
+  ASSERT_NE(0u, again.play(web.url("/a/list.m3u8"))) << BASS_ErrorGetCode();
+  EXPECT_TRUE(again.waitFor(Note::end, 1));
+  EXPECT_TRUE(listener.bytes() == again.bytes()) << "something was lost";
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Stream, Hls,
     testing::Values(
-        Segments{"TransportAac", "", "-c:a aac -ar 44100", BASS_CTYPE_STREAM_AAC},
+        Segments{"TransportAac", "", "-c:a aac -ar 44100", BASS_CTYPE_STREAM_AAC, true},
         Segments{"TransportMp3", "", "-c:a libmp3lame", BASS_CTYPE_STREAM_MP3},
         Segments{"TransportLatm", "", "-c:a aac -hls_segment_options mpegts_flags=+latm",
                  BASS_CTYPE_STREAM_AAC},

@@ -54,9 +54,17 @@ std::string WebServer::answerTo(const std::string& request) {
   asked_.push_back(path);
   const auto found = answers_.find(path);
   if (found == answers_.end()) return "HTTP/1.0 404 Not Found\r\n\r\n";
-  size_t from = 0, last = 0;
-  if (!ranges_ || std::sscanf(range.c_str(), "%zu-%zu", &from, &last) != 2) return found->second;
-  const std::string body = found->second.substr(found->second.find("\r\n\r\n") + 4);
+  std::string answer = ranges_ ? rangeOf(found->second, range) : found->second;
+  const bool is_sound = !path.ends_with(".m3u8") && !path.ends_with("key");
+  broke_ = breaks_ && is_sound && !broke_;
+  if (broke_) answer.resize(answer.size() / 2);
+  return answer;
+}
+
+std::string WebServer::rangeOf(const std::string& answer, const std::string& range) const {
+  const std::string body = answer.substr(answer.find("\r\n\r\n") + 4);
+  size_t from = 0, last = body.size() - 1;
+  if (std::sscanf(range.c_str(), "%zu-%zu", &from, &last) < 1) return answer;
   return "HTTP/1.0 206 Partial Content\r\nContent-Range: bytes " + range + "/" +
          std::to_string(body.size()) + "\r\n\r\n" + body.substr(from, last + 1 - from);
 }

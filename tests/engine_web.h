@@ -27,18 +27,22 @@ class WebServer {
   void putRaw(const std::string& path, const std::string& answer);
   /// From now on answers requests for a range with that, and not with all.
   void serveRanges() { ranges_ = true; }
+  /// From now on every other answer ends in its middle; lists and keys are answered whole.
+  void breakOff() { breaks_ = true; }
   /// For that path, or for any.
   size_t timesAsked(const std::string& path = "") const;
 
  private:
   void serve();
   std::string answerTo(const std::string& request);
+  std::string rangeOf(const std::string& answer, const std::string& range) const;
 
   ScriptedServer server_;
   mutable std::mutex mutex_;
   std::map<std::string, std::string> answers_;
   std::vector<std::string> asked_;
-  std::atomic<bool> over_ = false, ranges_ = false;
+  std::atomic<bool> over_ = false, ranges_ = false, breaks_ = false;
+  bool broke_ = false;   ///< the last answer
   std::thread serving_;  // last: it uses the rest
 };
 
