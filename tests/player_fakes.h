@@ -8,7 +8,9 @@
 
 #include "app/desktop.h"
 #include "player/audio_library.h"
+#include "player/playback.h"
 #include "player/player_view.h"
+#include "tests/player_folder.h"
 #include "tray/tray_icon.h"
 
 /// The audio library as a script: it records what is asked of it and answers what
@@ -93,4 +95,21 @@ class FakeIcon : public tray::TrayIcon {
   void workicon() override {}
   void normalicon() override { ++normal; }
   void setCaption(std::string_view) override {}
+};
+
+/// A playback and all that it works with. What gives the library its functions must
+/// outlive it.
+struct PlayerParts {
+  player::AudioLibrary library;
+  TestFolder folder;
+  FakeView view;
+  FakeDesktop desktop;
+  FakeIcon icon;
+  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
+  app::Messages messages;
+  player::Volume volume;
+  player::Recorder recorder{folder.path()};
+  std::vector<std::string> streamlist;
+  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
+                             volume, recorder, streamlist, folder.path()}};
 };

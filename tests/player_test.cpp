@@ -5,7 +5,6 @@
 
 #include "player/audio_setup.h"
 #include "player/channel_type.h"
-#include "player/playback.h"
 #include "player/title_tag.h"
 #include "tests/eventually.h"
 #include "tests/player_fakes.h"
@@ -98,9 +97,16 @@ TEST(AudioSetup, StartsTheLibraryOrSaysWhyNot) {
   }
 }
 
-class PlaybackTest : public testing::Test {
+/// First, so that it outlives the playback.
+struct WithFakeLibrary {
+  FakeLibrary fake;
+};
+
+class PlaybackTest : public testing::Test, protected WithFakeLibrary, protected PlayerParts {
  protected:
   PlaybackTest() {
+    library = fake.table();
+    streamlist = {"http://a/", "http://b/", "http://c/", ""};
     folder.put("tmpdata.pls");
     fake.ends = {1000};
     fake.downloads = {800};
@@ -113,20 +119,6 @@ class PlaybackTest : public testing::Test {
     ASSERT_TRUE(fake.waitFor(call)) << call;
   }
   void send(std::string_view status) { fake.download(status.data(), 0, 0); }
-
-  FakeLibrary fake;
-  player::AudioLibrary library = fake.table();
-  FakeView view;
-  FakeDesktop desktop;
-  FakeIcon icon;
-  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
-  app::Messages messages;
-  player::Volume volume;
-  player::Recorder recorder{"/nonexistent"};
-  Texts streamlist{"http://a/", "http://b/", "http://c/", ""};
-  TestFolder folder;
-  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
-                             volume, recorder, streamlist, folder.path()}};
 };
 
 TEST_F(PlaybackTest, PlaysWithNameBitrateTitleFormatAndVolume) {

@@ -5,19 +5,15 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "engine/engine.h"
 #include "player/audio_setup.h"
-#include "player/playback.h"
 #include "tests/engine_harness.h"
 #include "tests/linked_engine.h"
 #include "tests/player_fakes.h"
-#include "tests/player_folder.h"
 
 /// The player with the real engine, into a tape.
-class RealPlayer {
- public:
+struct RealPlayer : PlayerParts {
   RealPlayer() {
     folder.put("bass.dll");  // the engine is linked; only its presence is asked for
     folder.put("bass_aac.dll");
@@ -43,16 +39,4 @@ class RealPlayer {
   }
 
   std::shared_ptr<engine_test::Tape::Reel> reel;
-  player::AudioLibrary library;
-  TestFolder folder;
-  FakeView view;
-  FakeDesktop desktop;
-  FakeIcon icon;
-  tray::MenuItem subplayerplay{"Play", {}}, mnurecordstream{"Record", {}};
-  app::Messages messages;
-  player::Volume volume;
-  player::Recorder recorder{folder.path()};
-  std::vector<std::string> streamlist;
-  player::Playback playback{{library, view, desktop, icon, subplayerplay, mnurecordstream, messages,
-                             volume, recorder, streamlist, folder.path()}};
 };
