@@ -22,6 +22,24 @@ Outcome outcomeOf(DWORD error) {
                                                                    : Outcome::failed;
 }
 
+/// Wine takes a head that breaks off for a whole one, and crashes reading on behind it;
+/// only the missing empty line tells.
+bool brokeOffInItsHead(HINTERNET request) {
+  static const bool is_wine =
+      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+  if (!is_wine) return false;
+  DWORD size = 0;
+  WinHttpQueryHeaders(request, WINHTTP_QUERY_RAW_HEADERS_CRLF, WINHTTP_HEADER_NAME_BY_INDEX,
+                      nullptr, &size, WINHTTP_NO_HEADER_INDEX);
+  std::wstring head(size / sizeof(wchar_t), L'\0');
+  if (!WinHttpQueryHeaders(request, WINHTTP_QUERY_RAW_HEADERS_CRLF, WINHTTP_HEADER_NAME_BY_INDEX,
+                           head.data(), &size, WINHTTP_NO_HEADER_INDEX)) {
+    return true;
+  }
+  head.resize(size / sizeof(wchar_t));
+  return !head.ends_with(L"\r\n\r\n");
+}
+
 }  // namespace
 
 /// One request and its answer. WinHTTP's threads fill it until the event is set;
@@ -115,6 +133,7 @@ class WinHttpTransfer::Request : public std::enable_shared_from_this<Request> {
   }
 
   void readHeaders() {
+    if (brokeOffInItsHead(request_)) return finish(Outcome::failed);
     DWORD length = 0;
     DWORD size = sizeof length;
     has_length_ =

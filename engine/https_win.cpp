@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <string_view>
 
 #include "engine/byte_source.h"
 
@@ -61,6 +62,14 @@ void CALLBACK onStatus(HINTERNET, DWORD_PTR context, DWORD status, void* data, D
       return;
   }
   SetEvent(exchange->done);
+}
+
+/// Wine takes a head that breaks off for a whole one, and crashes reading on behind it;
+/// only the missing empty line tells.
+bool brokeOff(std::wstring_view head) {
+  static const bool is_wine =
+      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+  return is_wine && !head.ends_with(L"\r\n\r\n");
 }
 
 NetError netError(DWORD code) {
@@ -172,6 +181,7 @@ NetError HttpsSource::readHead() {
     return NetError::failed;
   }
   text.resize(size / sizeof(wchar_t));
+  if (brokeOff(text)) return NetError::failed;
   // A byte a character, as the server sent them.
   std::string bytes;
   for (const wchar_t c : text) bytes += static_cast<char>(c);

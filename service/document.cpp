@@ -76,9 +76,14 @@ bool sendDocument(Socket& socket, const Document& document, const Habits& habits
   if (habits.has(Habit::hang)) return socket.pause(kForEver) && false;
   const bool keep = keep_alive && !habits.has(Habit::short_body) && !habits.has(Habit::icy);
   const std::string headers = headersOf(document, habits, keep);
-  if (habits.has(Habit::hang_headers))
-    return socket.send(std::string_view(headers).substr(0, headers.size() / 2)) &&
-           socket.pause(kForEver) && false;
+  if (habits.has(Habit::hang_headers)) {
+    const Milliseconds time(habits.value(Habit::hang_headers, kForEver.count()));
+    if (socket.send(std::string_view(headers).substr(0, headers.size() / 2)) &&
+        socket.pause(time) && habits.has(Habit::reset)) {
+      socket.resetOnClose();
+    }
+    return false;
+  }
   if (!socket.send(headers) || !sendBody(socket, document.body, habits)) return false;
   return keep;
 }

@@ -14,7 +14,7 @@ namespace service {
 enum class Habit {
   hang,           ///< takes the request and never answers
   hold,           ///< takes the request and answers when the switch of its kind is next set
-  hang_headers,   ///< stops in the middle of the headers
+  hang_headers,   ///< stops in the middle of the headers; a page's after N ms for good
   hang_body,      ///< stops in the body: half of a page, or after N bytes of a stream (20000)
   slow_drip,      ///< sends N bytes a second (pages 20, streams 2000)
   reset,          ///< resets the connection where hang_body stops

@@ -7,12 +7,14 @@ that it goes on.  engine_https_test.py PROBE FOLDER RADIO
 import array
 import hashlib
 import os
+import socket
 import ssl
 import struct
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -146,6 +148,14 @@ class Https(unittest.TestCase):
                 if kind == MP3:
                     self.assertIn("icy-name:" + self.station.name.decode(), probe.all("header"))
 
+    def cut(self, how):
+        """Address of a server that goes away in the middle of its answer's head."""
+        listener = listening()
+        self.addCleanup(listener.close)
+        certificate = os.path.join(self.folder, "good")
+        threading.Thread(target=close_in_head, args=(listener, certificate, how), daemon=True).start()
+        return f"https://localhost:{listener.getsockname()[1]}/"
+
     def test_tells_what_is_wrong_with_a_server(self):
         url = self.nginx.url
         silent = listening()
@@ -167,6 +177,8 @@ class Https(unittest.TestCase):
             "lists an expired one": (url(bad), REFUSED),
             "speaks no TLS": (url(self.stream, "http").replace("http:", "https:"), REFUSED),
             "closes at once": (f"https://localhost:{hasty.getsockname()[1]}/", REFUSED),
+            "breaks off in its head": (self.cut("close"), REFUSED),
+            "is reset in its head": (self.cut("reset"), REFUSED),
             "is not there": (f"https://localhost:{free_ports(1)[0]}/", REFUSED),
             "has nobody behind it": (url("/dead/"), REFUSED),
             "knows no such file": (url("/files/none"), REFUSED),
@@ -234,6 +246,22 @@ class Https(unittest.TestCase):
                 # Nothing counts before the fifth: what stays is made at first. Old sound may
                 # still fade beside the next, so the least of three.
                 self.assertLessEqual(min(figures[-3:]), min(figures[4:7]) + more, (scheme, what, figures))
+
+
+def close_in_head(listener, certificate, how):
+    """Speaks TLS, and ends in the middle of the head of its answer."""
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(certificate + ".pem", certificate + ".key")
+    try:
+        while True:
+            with context.wrap_socket(listener.accept()[0], server_side=True) as client:
+                client.recv(4096)
+                client.sendall(HEAD[:-8])
+                time.sleep(0.2)  # it is to arrive before the reset
+                if how == "reset":
+                    client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    except OSError:
+        pass
 
 
 def close_all(listener):

@@ -25,29 +25,43 @@ std::string page(const std::string& habit) {
   return url("/bad/" + habit + "/directory/index.phtml?sgenre=Jazz&maxbitrate=999&numresult=5");
 }
 
+bool isWine() {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 TEST(Transfer, SendsTheAddressAsItStands) {
   WinHttpTransfer transfer;
   EXPECT_EQ(transfer.get(url("/nowhere?s=two words&b=%20'x'")).outcome, Outcome::completed);
   // Wine's library encodes a blank even when told not to.
-  const std::string blank =
-      GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr ? "%20" : " ";
+  const std::string blank = isWine() ? "%20" : " ";
   const std::string log = transfer.get(url("/control/log?clear=1")).body;
   EXPECT_EQ(log.substr(0, log.rfind('/')),
             "GET\t/nowhere?s=two" + blank + "words&b=%20'x'\tKestrel");
 }
 
 TEST(Transfer, BringsWhatIsWholeAndTellsWhatWentWrong) {
+  // Wine's library tells of a head that it could not wait for as of one that broke off.
+  const Outcome half_a_head = isWine() ? Outcome::failed : Outcome::timed_out;
   const std::tuple<std::string, Outcome, std::size_t> cases[] = {
-      {page("garbage"), Outcome::completed, 50'000}, {page("empty"), Outcome::completed, 0},
-      {page("redirect-loop"), Outcome::failed, 0},   {page("short-body"), Outcome::failed, 0},
-      {page("reset"), Outcome::failed, 0},           {page("huge"), Outcome::failed, 0},
-      {page("hang"), Outcome::timed_out, 0},         {page("hang-body"), Outcome::timed_out, 0},
+      {page("garbage"), Outcome::completed, 50'000},
+      {page("empty"), Outcome::completed, 0},
+      {page("redirect-loop"), Outcome::failed, 0},
+      {page("short-body"), Outcome::failed, 0},
+      {page("reset"), Outcome::failed, 0},
+      {page("huge"), Outcome::failed, 0},
+      {page("hang"), Outcome::timed_out, 0},
+      {page("hang-body"), Outcome::timed_out, 0},
       {page("slow-drip-10"), Outcome::timed_out, 0},  // a byte every 100 ms
-      {"http://127.0.0.1:1/", Outcome::failed, 0},    // refuses the connection
-      {"ftp://127.0.0.1/", Outcome::failed, 0},      {"", Outcome::failed, 0},
+      {page("hang-headers"), half_a_head, 0},
+      {page("hang-headers-100"), Outcome::failed, 0},
+      {page("hang-headers-100,reset"), Outcome::failed, 0},
+      {"http://127.0.0.1:1/", Outcome::failed, 0},  // refuses the connection
+      {"ftp://127.0.0.1/", Outcome::failed, 0},
+      {"", Outcome::failed, 0},
   };
   for (const auto& [address, outcome, size] : cases) {
-    WinHttpTransfer transfer(outcome == Outcome::timed_out ? kQuick : TransferLimits());
+    const bool waits = outcome == Outcome::timed_out || address.find("hang") != address.npos;
+    WinHttpTransfer transfer(waits ? kQuick : TransferLimits());
     const auto result = transfer.get(address);
     EXPECT_EQ(result.outcome, outcome) << address;
     EXPECT_EQ(result.body.size(), size) << address;

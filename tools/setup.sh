@@ -6,7 +6,7 @@ build_packages=(
   g++ g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   dpkg-dev xz-utils nasm
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libpulse-dev libssl-dev
-  libcpp-httplib-dev googletest ffmpeg lame
+  googletest ffmpeg lame
 )
 desktop_packages=(
   wine wine64 xvfb x11-utils x11-xserver-utils xdotool imagemagick fonts-dejavu-core fonts-liberation
