@@ -138,14 +138,14 @@ class Https(unittest.TestCase):
             "fragments": (
                 url(self.make_hls("mp4", 770, "-c:a", "aac", "-hls_segment_type", "fmp4")), AAC, 770),
         }
-        # A second of sound, however long that takes.
-        started = {name: self.probe(case[0], 20, "--until", "20000") for name, case in cases.items()}
+        # Two seconds of sound, however long that takes.
+        started = {name: self.probe(case[0], 20, "--until", "30000") for name, case in cases.items()}
         for name, (_, kind, frequency) in cases.items():
             with self.subTest(name):
                 probe, recording = started[name]
                 probe.finish()
                 self.assertEqual(kind, (probe.first("type") or "").split(" ")[0], probe.lines)
-                self.assertGreaterEqual(os.path.getsize(recording), 20_000, probe.lines)
+                self.assertGreaterEqual(os.path.getsize(recording), 30_000, probe.lines)
                 self.assertTrue(hears(recording, kind, frequency))
                 if kind == MP3:
                     self.assertIn("icy-name:" + self.station.name.decode(), probe.all("header"))
