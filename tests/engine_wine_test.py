@@ -100,7 +100,8 @@ class Sound(unittest.TestCase):
     def assert_heard(self, tone, seconds):
         sound = self.speakers.listen(seconds)
         self.assertGreater(loudness(sound), 0.01)
-        self.assertGreater(level(sound, tone), 4 * level(sound, tone * 1.06))
+        # On a quiet machine five to fifteen times; the holes of a busy one blur it.
+        self.assertGreater(level(sound, tone), 2.5 * level(sound, tone * 1.06))
 
     def test_plays_stations_and_tells_their_headers(self):
         for codec, kind in ("mp3", "10005"), ("aac", "10b00"):
