@@ -94,9 +94,9 @@ NetError HlsSource::read(uint8_t* to, size_t room, size_t& got) {
     out_.clear();
     out_taken_ = 0;
     if (!title_.empty()) told_ = std::exchange(title_, {});
-    // What the demuxer still holds comes first.
-    if (error_ == NetError::interrupted || (error_ != NetError::none && !in_part_)) return error_;
-    if (over_ && !in_part_) return NetError::none;
+    // What the demuxer still holds comes before the end.
+    const bool ended = error_ != NetError::none || over_;
+    if (error_ == NetError::interrupted || (ended && !in_part_)) return error_;
     // A part may begin with a title, which comes before its bytes.
     in_part_ ? produce() : beginPart();
   }

@@ -1,7 +1,8 @@
 # The audio engine against real and misbehaving servers, natively.
 if(NOT WIN32)
   add_library(engine_harness STATIC
-    ${CMAKE_CURRENT_LIST_DIR}/engine_harness.cpp ${CMAKE_CURRENT_LIST_DIR}/engine_web.cpp)
+    ${CMAKE_CURRENT_LIST_DIR}/engine_harness.cpp ${CMAKE_CURRENT_LIST_DIR}/engine_tones.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/engine_web.cpp ${CMAKE_CURRENT_LIST_DIR}/loopback_servers.cpp)
   target_link_libraries(engine_harness PUBLIC kestrel_engine GTest::gtest PRIVATE kestrel_flags)
   target_compile_definitions(engine_harness PRIVATE
     DEMO_RADIO="$<TARGET_FILE:demo_radio>" DEMO_SOUNDS="$<TARGET_FILE_DIR:demo_radio>/sounds"
