@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "app/settings_lines.h"
-#include "app/text.h"
+#include "base/text.h"
 
 namespace app {
 
@@ -19,7 +19,7 @@ Hosts readHosts(const std::string& file) {
   };
   (void)readSettingsFile(file, [&](std::string_view key, std::string_view value) {
     for (const auto& [name, host] : keys) {
-      if (key == name && !trimBlanks(value).empty()) *host = trimBlanks(value);
+      if (key == name && !base::trimBlanks(value).empty()) *host = base::trimBlanks(value);
     }
   });
   return hosts;

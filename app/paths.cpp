@@ -1,6 +1,6 @@
 #include "app/paths.h"
 
-#include "app/files.h"
+#include "base/files.h"
 
 namespace app {
 namespace {
@@ -15,7 +15,7 @@ std::string withoutEndingBackslash(std::string_view folder) {
 std::string Paths::find(std::string_view relative) const {
   for (const std::string& folder : {datapath, program_folder}) {
     std::string path = folder + std::string(relative);
-    if (fileExists(path)) return path;
+    if (base::fileExists(path)) return path;
   }
   return {};
 }
@@ -27,8 +27,8 @@ std::string Paths::inData(std::string_view relative) const {
 Paths makePaths(std::string_view appdata, std::string_view program_folder) {
   const std::string parent = withoutEndingBackslash(appdata) + "\\ardenware";
   Paths paths{parent + "\\kes", withoutEndingBackslash(program_folder)};
-  if (!folderExists(parent) && makeFolder(parent) && makeFolder(paths.datapath)) {
-    makeFolder(paths.inData("\\data"));
+  if (!base::folderExists(parent) && base::makeFolder(parent) && base::makeFolder(paths.datapath)) {
+    base::makeFolder(paths.inData("\\data"));
   }
   return paths;
 }

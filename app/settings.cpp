@@ -3,23 +3,23 @@
 #include <array>
 #include <cstdio>
 
-#include "app/files.h"
 #include "app/settings_lines.h"
-#include "app/text.h"
+#include "base/files.h"
+#include "base/text.h"
 
 namespace app {
 namespace {
 
-using tray::kGenres;
-using tray::MenuTree;
+using menu::kGenres;
+using menu::MenuTree;
 
 void setNumber(std::int16_t& target, std::string_view value) {
-  if (const auto number = toInt16(value)) target = *number;
+  if (const auto number = base::toInt16(value)) target = *number;
 }
 
 void setPosition(std::optional<float>& target, std::string_view value) {
   constexpr double kFarthest = 1e7;  // twips; no desktop is that large
-  const auto number = toNumber(value);
+  const auto number = base::toNumber(value);
   if (number && *number >= -kFarthest && *number <= kFarthest) {
     target = static_cast<float>(*number);
   }
@@ -27,11 +27,11 @@ void setPosition(std::optional<float>& target, std::string_view value) {
 
 // All twenty or none: half a list would hide the wrong genres.
 void setGenres(MenuTree& tree, std::string_view value) {
-  const auto parts = split(value, ";");
+  const auto parts = base::split(value, ";");
   if (parts.size() < kGenres) return;
   std::array<bool, kGenres> visible{};
   for (std::size_t i = 0; i < kGenres; ++i) {
-    const auto flag = toBoolean(parts[i]);
+    const auto flag = base::toBoolean(parts[i]);
     if (!flag) return;
     visible[i] = *flag;
   }
@@ -39,7 +39,7 @@ void setGenres(MenuTree& tree, std::string_view value) {
 }
 
 void setBitrate(MenuTree& tree, std::string_view value) {
-  const auto index = toInt16(value);
+  const auto index = base::toInt16(value);
   if (!index || *index < 0 || *index > tree.subbit.UBound()) return;
   for (auto& entry : tree.subbit) entry.Checked = false;
   tree.subbit[*index].Checked = true;
@@ -75,10 +75,10 @@ std::string bitrateLine(const MenuTree& tree) {
 void readEarlySettings(std::string_view text, Settings& settings) {
   forEachSetting(text, [&](std::string_view key, std::string_view value) {
     if (key == "showsplash") {
-      const auto number = toNumber(value);
+      const auto number = base::toNumber(value);
       if (number && *number != 1) settings.showsplash = 0;
     } else if (key == "showreloadallwindow") {
-      if (const auto number = toInt32(value)) settings.showreloadallwindow = *number;
+      if (const auto number = base::toInt32(value)) settings.showreloadallwindow = *number;
     } else if (key == "language") {
       settings.language = value;
     }
@@ -92,12 +92,12 @@ void applySettings(std::string_view text, Settings& settings, MenuTree& tree) {
     } else if (key == "bitrate") {
       setBitrate(tree, value);
     } else if (key == "maxentry") {
-      settings.maxentry = toNumber(value) ? std::string(value) : "20";
+      settings.maxentry = base::toNumber(value) ? std::string(value) : "20";
     } else if (key == "maxchar") {
       settings.maxchar = 50;
       setNumber(settings.maxchar, value);
     } else if (key == "reloadonstartup") {
-      const auto number = toNumber(value);
+      const auto number = base::toNumber(value);
       if (number && *number > 0) settings.reloadonstartup = 1;
     } else if (key == "playerwin_left") {
       setPosition(settings.playerwin_left, value);
@@ -121,8 +121,8 @@ void applySettings(std::string_view text, Settings& settings, MenuTree& tree) {
 
 void ladesettings(const Paths& paths, Settings& settings, MenuTree& tree) {
   const std::string file = paths.inData("\\settings.cfg");
-  if (!fileExists(file)) return;
-  const auto text = readWhole(file);
+  if (!base::fileExists(file)) return;
+  const auto text = base::readWhole(file);
   if (text && settings.unread) readEarlySettings(*text, settings);
   settings.unread = !text;
   if (text) applySettings(*text, settings, tree);
@@ -130,7 +130,9 @@ void ladesettings(const Paths& paths, Settings& settings, MenuTree& tree) {
 
 std::string settingsText(const Settings& settings, const MenuTree& tree) {
   std::string text;
-  const auto line = [&](std::string_view content) { text.append(oneLine(content)).append("\r\n"); };
+  const auto line = [&](std::string_view content) {
+    text.append(base::oneLine(content)).append("\r\n");
+  };
   const auto entry = [&](const char* key, std::string_view value) {
     line(std::string(key) + '=' + std::string(value));
   };
@@ -160,8 +162,9 @@ std::string settingsText(const Settings& settings, const MenuTree& tree) {
 
 bool savesettings(const Paths& paths, const Settings& settings, const MenuTree& tree) {
   const std::string file = paths.inData("\\settings.cfg");
-  if (settings.unread && fileExists(file) && !moveFile(file, file + ".old")) return false;
-  return replaceFile(file, settingsText(settings, tree));
+  if (settings.unread && base::fileExists(file) && !base::moveFile(file, file + ".old"))
+    return false;
+  return base::replaceFile(file, settingsText(settings, tree));
 }
 
 }  // namespace app

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "app/paths.h"
-#include "tray/menu_tree.h"
+#include "menu/menu_tree.h"
 
 namespace app {
 
@@ -40,16 +40,16 @@ void readEarlySettings(std::string_view text, Settings& settings);
 /// Reads "settings.cfg" of the data folder into `settings` and into the genres'
 /// visibility and the checked bandwidth of `tree`. Values that make no sense
 /// leave what was there.
-void ladesettings(const Paths& paths, Settings& settings, tray::MenuTree& tree);
+void ladesettings(const Paths& paths, Settings& settings, menu::MenuTree& tree);
 
 /// The same for the file's text.
-void applySettings(std::string_view text, Settings& settings, tray::MenuTree& tree);
+void applySettings(std::string_view text, Settings& settings, menu::MenuTree& tree);
 
 /// The file's text, CR LF line ends.
-[[nodiscard]] std::string settingsText(const Settings& settings, const tray::MenuTree& tree);
+[[nodiscard]] std::string settingsText(const Settings& settings, const menu::MenuTree& tree);
 
 /// Writes the file; false when that failed and the old one is still there.
 [[nodiscard]] bool savesettings(const Paths& paths, const Settings& settings,
-                                const tray::MenuTree& tree);
+                                const menu::MenuTree& tree);
 
 }  // namespace app

@@ -1,7 +1,7 @@
 #include "app/startup.h"
 
-#include "app/files.h"
-#include "app/language.h"
+#include "app/language_file.h"
+#include "base/files.h"
 
 namespace app {
 namespace {
@@ -17,7 +17,7 @@ std::optional<std::string> splashMessage(std::string_view file) {
 void preloadLanguage(Startup& start) {
   std::string& language = start.settings.language;
   if (language == "0" || language.size() <= 1) return;
-  makeFolder(start.paths.inData("\\lang"));
+  base::makeFolder(start.paths.inData("\\lang"));
   const std::string relative = "\\lang\\" + language;
   const std::string file = isLanguageFile(language) ? start.paths.find(relative) : "";
   if (file.empty()) {
@@ -27,7 +27,7 @@ void preloadLanguage(Startup& start) {
   if (const auto text = readLanguageFile(file)) start.splash_message = splashMessage(*text);
   const std::string own = start.paths.inData(relative);
   // Should the copy fail, the loader still finds the program's file.
-  if (file != own) (void)copyFile(file, own);
+  if (file != own) (void)base::copyFile(file, own);
 }
 
 }  // namespace
@@ -38,7 +38,7 @@ Startup prepareStartup(std::string_view appdata, std::string_view program_folder
   const std::string file = start.paths.find("\\settings.cfg");
   start.firstrun = file.empty();
   if (!start.firstrun) {
-    const auto text = readWhole(file);
+    const auto text = base::readWhole(file);
     start.settings.unread = !text;
     if (text) readEarlySettings(*text, start.settings);
   }

@@ -1,14 +1,14 @@
 #include <variant>
 
-#include "app/language.h"
-#include "app/sprachmod.h"
+#include "app/language_file.h"
+#include "app/language_loader.h"
 
 namespace app {
 namespace {
 
-using tray::MenuArray;
-using tray::MenuItem;
-using tray::MenuTree;
+using menu::MenuArray;
+using menu::MenuItem;
+using menu::MenuTree;
 
 struct Entry {
   MenuArray MenuTree::*array;
@@ -66,7 +66,7 @@ constexpr StringId kStringIds[] = {
     {"1035", &MenuTree::mnuquit},
     {"1036", &Messages::msgnotonline},
     {"1037", &MenuTree::mgenrespecial},
-    {"1038", Entry{&MenuTree::mgenre, tray::kSearchGenre}},
+    {"1038", Entry{&MenuTree::mgenre, menu::kSearchGenre}},
     {"1038", "searchform.Label3"},
     {"1039", NewSearch{}},
     {"1039", &Messages::msgnewsearch},
@@ -167,13 +167,13 @@ struct Writer {
   void operator()(std::string Messages::*message) const { texts.messages.*message = text; }
   void operator()(const char* key) const { texts.captions.set(key, text); }
   void operator()(ReloadEntries) const {
-    for (int genre = 0; genre < tray::kSearchGenre; ++genre) {
+    for (int genre = 0; genre < menu::kSearchGenre; ++genre) {
       MenuArray& stations = texts.tree.subgenre(genre);
       name(stations[stations.UBound()]);
     }
   }
   void operator()(NewSearch) const {
-    for (MenuItem& item : texts.tree.subgenre(tray::kSearchGenre)) {
+    for (MenuItem& item : texts.tree.subgenre(menu::kSearchGenre)) {
       if (item.Tag == "search") name(item);
     }
   }

@@ -2,6 +2,7 @@
 add_library(kestrel_flags INTERFACE)
 target_compile_options(kestrel_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_include_directories(kestrel_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(kestrel_flags INTERFACE
   KESTREL_VERSION="${PROJECT_VERSION}")
 
@@ -34,4 +35,7 @@ if(KESTREL_SANITIZE)
   add_compile_options(-O1 -g1 -fsanitize=${KESTREL_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KESTREL_SANITIZE})
+endif()
+if(KESTREL_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

@@ -2,10 +2,10 @@
 
 #include <vector>
 
-#include "app/files.h"
-#include "app/language.h"
-#include "app/sprachmod.h"
-#include "app/text.h"
+#include "app/language_file.h"
+#include "app/language_loader.h"
+#include "base/files.h"
+#include "base/text.h"
 
 namespace dialogs {
 namespace {
@@ -25,25 +25,25 @@ void choose(std::int16_t& setting, int choice) {
 // before a quoted "%1" keeps a quote; both then name no file.
 bool namesPlayer(const std::string& command) {
   std::vector<std::string> parts;
-  return app::splitclean(command, " ", parts) > 0 && app::fileExists(parts.front());
+  return app::splitclean(command, " ", parts) > 0 && base::fileExists(parts.front());
 }
 
 }  // namespace
 
 std::optional<std::string> spinStep(std::string_view text, Spin spin) {
-  const auto value = app::toInt32(text);
+  const auto value = base::toInt32(text);
   if (!value || *value == spin.limit) return std::nullopt;
   return std::to_string(std::int64_t{*value} + spin.step);
 }
 
 bool spinGoesOn(std::string_view text, Spin spin) {
-  const auto value = app::toInt32(text);
+  const auto value = base::toInt32(text);
   if (!value) return false;
   return spin.step > 0 ? *value < spin.limit : *value > spin.limit;
 }
 
 std::string validated(std::string_view text, std::string_view stored) {
-  return std::string(app::toNumber(text) ? text : stored);
+  return std::string(base::toNumber(text) ? text : stored);
 }
 
 MouseButtons chooseLeft(MouseButtons now, int choice) {
@@ -54,7 +54,7 @@ MouseButtons chooseRight(MouseButtons now, int choice) {
   return {choice == 0 ? now.left : 0, choice};
 }
 
-SettingsForm settingsForm(const app::Settings& settings, const tray::MenuTree& tree) {
+SettingsForm settingsForm(const app::Settings& settings, const menu::MenuTree& tree) {
   SettingsForm form;
   form.Check1 = settings.showsplash == 1;
   form.Check2 = settings.showreloadallwindow == 1;
@@ -67,23 +67,23 @@ SettingsForm settingsForm(const app::Settings& settings, const tray::MenuTree& t
   form.ic1 =
       app::isLanguageFile(settings.language) ? settings.language : std::string(app::kBuiltInKey);
   form.mouse = {inRange(settings.leftmouse, kMenus), inRange(settings.rightmouse, kMenus)};
-  for (int i = 0; i < tray::kGenres; ++i) {
+  for (int i = 0; i < menu::kGenres; ++i) {
     form.List1[static_cast<std::size_t>(i)] = tree.mgenre[i].Visible;
   }
   return form;
 }
 
-void applysettings(const SettingsForm& form, app::Settings& settings, tray::MenuTree& tree) {
+void applysettings(const SettingsForm& form, app::Settings& settings, menu::MenuTree& tree) {
   settings.showsplash = form.Check1 ? 1 : 0;
   settings.showreloadallwindow = form.Check2 ? 1 : 0;
   settings.reloadonstartup = form.Check4 ? 1 : 0;
   settings.playerstart = form.Check5 ? 1 : 0;
-  for (int i = 0; i < tray::kGenres; ++i) {
+  for (int i = 0; i < menu::kGenres; ++i) {
     tree.mgenre[i].Visible = form.List1[static_cast<std::size_t>(i)];
   }
   settings.language = form.ic1 == app::kBuiltInKey ? "0" : form.ic1;
   settings.maxentry = validated(form.Text1, settings.maxentry);
-  if (const auto number = app::toInt16(form.Text2)) settings.maxchar = *number;
+  if (const auto number = base::toInt16(form.Text2)) settings.maxchar = *number;
   choose(settings.player, form.Option1);
   if (form.Option1 == 1 && !namesPlayer(form.Text3)) settings.player = 0;
   settings.playerpath = form.Text3;

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "app/settings.h"
-#include "tray/menu_tree.h"
+#include "menu/menu_tree.h"
 
 /// What the settings dialog does with what is in it, without the dialog.
 namespace dialogs {
@@ -48,15 +48,15 @@ struct SettingsForm {
   int Option1 = -1;
   std::string ic1;  ///< key of the chosen language: a file name or app::kBuiltInKey
   MouseButtons mouse{-1, -1};
-  std::array<bool, tray::kGenres> List1{};
+  std::array<bool, menu::kGenres> List1{};
 };
 
 /// The controls as the dialog opens.
-[[nodiscard]] SettingsForm settingsForm(const app::Settings& settings, const tray::MenuTree& tree);
+[[nodiscard]] SettingsForm settingsForm(const app::Settings& settings, const menu::MenuTree& tree);
 
 /// Takes everything over but the own entries and the loading of the language. What
 /// makes no sense leaves the setting as it was; a player that is no file becomes the
 /// default player.
-void applysettings(const SettingsForm& form, app::Settings& settings, tray::MenuTree& tree);
+void applysettings(const SettingsForm& form, app::Settings& settings, menu::MenuTree& tree);
 
 }  // namespace dialogs

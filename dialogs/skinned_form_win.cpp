@@ -1,7 +1,7 @@
 #include "dialogs/skinned_form_win.h"
 
-#include "dialogs/form_layout_win.h"
 #include "player/skinmodule_win.h"
+#include "window/form_layout.h"
 #include "window/gdi.h"
 
 namespace dialogs {
@@ -9,7 +9,7 @@ namespace dialogs {
 void SkinnedForm::dress() {
   look_.emplace(window_.dpi());
   const HWND own = window_.handle();
-  setFont(own, look_->font());
+  window::setFont(own, look_->font());
   layOut();
   RECT client{};
   GetClientRect(own, &client);

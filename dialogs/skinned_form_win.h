@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "dialogs/small_form_win.h"
+#include "dialogs/skinned_look_win.h"
 #include "window/control_hook.h"
 #include "window/hot_control.h"
 #include "window/window.h"

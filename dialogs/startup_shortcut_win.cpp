@@ -7,18 +7,18 @@
 #include <array>
 #include <string>
 
-#include "app/desktop_win.h"
-#include "window/com.h"
-#include "window/utf.h"
+#include "base/com_win.h"
+#include "base/folders_win.h"
+#include "base/utf.h"
 
 namespace dialogs {
 namespace {
 
 /// A shell link and its file.
 struct Link {
-  window::ComScope com;
-  window::ComPointer<IShellLinkW> shell;
-  window::ComPointer<IPersistFile> file;
+  base::ComScope com;
+  base::ComPointer<IShellLinkW> shell;
+  base::ComPointer<IPersistFile> file;
   bool made = SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
                                          IID_IShellLinkW, shell.outVoid())) &&
               SUCCEEDED(shell->QueryInterface(IID_IPersistFile, file.outVoid()));
@@ -26,12 +26,12 @@ struct Link {
 
 /// Empty without a Startup folder.
 std::wstring shortcutPath() {
-  const std::string folder = app::specialfolder(CSIDL_STARTUP);
-  return folder.empty() ? L"" : window::toWide(folder) + L"\\Kestrel.lnk";
+  const std::string folder = base::specialfolder(CSIDL_STARTUP);
+  return folder.empty() ? L"" : base::toWide(folder) + L"\\Kestrel.lnk";
 }
 
 std::wstring programPath() {
-  return window::toWide(app::programFolder()) + L"\\Kestrel.exe";
+  return base::toWide(base::programFolder()) + L"\\Kestrel.exe";
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ bool setStartsWithWindows(bool on) {
   if (!link.made) return false;
   return SUCCEEDED(link.shell->SetPath(programPath().c_str())) &&
          SUCCEEDED(link.shell->SetArguments(L"-nos")) &&
-         SUCCEEDED(link.shell->SetWorkingDirectory(window::toWide(app::programFolder()).c_str())) &&
+         SUCCEEDED(link.shell->SetWorkingDirectory(base::toWide(base::programFolder()).c_str())) &&
          SUCCEEDED(link.file->Save(path.c_str(), TRUE));
 }
 

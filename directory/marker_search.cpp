@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "app/text.h"
+#include "base/text.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -18,7 +18,7 @@ constexpr std::size_t kHyphen = kMarker.find('-');
 
 bool markerAt(const char* text) {
   return std::equal(kMarker.begin(), kMarker.end(), text,
-                    [](char want, char have) { return app::lower(have) == want; });
+                    [](char want, char have) { return base::lower(have) == want; });
 }
 
 // `last` is the highest position where a marker could begin.

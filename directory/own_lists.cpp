@@ -10,7 +10,7 @@
 namespace directory {
 namespace {
 
-using tray::MenuItem;
+using menu::MenuItem;
 
 int firstOwn(OwnList list) {
   return list == OwnList::favourites ? kFirstFavourite : 0;
@@ -57,8 +57,8 @@ class Entries {
 
 }  // namespace
 
-std::vector<OwnEntry> organise(const tray::MenuTree& tree, OwnList list) {
-  const tray::MenuArray& menu = list == OwnList::favourites ? tree.subfavs : tree.subspecial;
+std::vector<OwnEntry> organise(const menu::MenuTree& tree, OwnList list) {
+  const menu::MenuArray& menu = list == OwnList::favourites ? tree.subfavs : tree.subspecial;
   std::vector<OwnEntry> rows;
   for (int i = firstOwn(list); i <= menu.UBound(); ++i) {
     if (isOwn(list, menu[i])) rows.push_back({menu[i].Caption, menu[i].Tag});
@@ -66,9 +66,9 @@ std::vector<OwnEntry> organise(const tray::MenuTree& tree, OwnList list) {
   return rows;
 }
 
-void reorganise(tray::MenuTree& tree, OwnList list, const std::vector<OwnEntry>& before,
+void reorganise(menu::MenuTree& tree, OwnList list, const std::vector<OwnEntry>& before,
                 const std::vector<OwnEntry>& after) {
-  tray::MenuArray& menu = list == OwnList::favourites ? tree.subfavs : tree.subspecial;
+  menu::MenuArray& menu = list == OwnList::favourites ? tree.subfavs : tree.subspecial;
   std::vector<MenuItem> now;
   for (int i = firstOwn(list); i <= menu.UBound(); ++i) {
     if (isOwn(list, menu[i])) now.push_back(menu[i]);

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tray/menu_tree.h"
+#include "menu/menu_tree.h"
 
 namespace directory {
 
@@ -23,12 +23,12 @@ struct OwnEntry {
 enum class OwnList { favourites, specials };
 
 /// What the organiser shows when it opens.
-[[nodiscard]] std::vector<OwnEntry> organise(const tray::MenuTree& tree, OwnList list);
+[[nodiscard]] std::vector<OwnEntry> organise(const menu::MenuTree& tree, OwnList list);
 
 /// Makes the menu what the organiser made of it: it opened with `before`, and
 /// `after` is left of that, in any order. The menu lived on meanwhile: what was
 /// added to it stays, at its end, and what has left it does not come back.
-void reorganise(tray::MenuTree& tree, OwnList list, const std::vector<OwnEntry>& before,
+void reorganise(menu::MenuTree& tree, OwnList list, const std::vector<OwnEntry>& before,
                 const std::vector<OwnEntry>& after);
 
 }  // namespace directory

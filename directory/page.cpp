@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "app/text.h"
+#include "base/text.h"
 #include "directory/marker_search.h"
 
 namespace directory {
@@ -32,7 +32,7 @@ Position findTag(std::string_view page, Position from) {
 
 Position findAnchor(std::string_view page, Position from) {
   Position at = find(page, '<', from);
-  while (at != 0 && (at >= page.size() || app::lower(page[at]) != 'a')) {
+  while (at != 0 && (at >= page.size() || base::lower(page[at]) != 'a')) {
     at = find(page, '<', at + 1);
   }
   return at;

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/files.h"
-#include "app/text.h"
-#include "directory/genres.h"
+#include "base/files.h"
+#include "base/text.h"
+#include "menu/genres.h"
 
 namespace directory {
 namespace {
@@ -20,13 +20,13 @@ constexpr std::string_view kTimeout = "Timeout Error";
 // The tooltip says so as long as this lives.
 class LoadingCaption {
  public:
-  explicit LoadingCaption(tray::TrayIcon& icon) : icon_(icon) { icon_.setCaption("Loading Data"); }
+  explicit LoadingCaption(app::TrayIcon& icon) : icon_(icon) { icon_.setCaption("Loading Data"); }
   ~LoadingCaption() { icon_.setCaption("Kestrel"); }
   LoadingCaption(const LoadingCaption&) = delete;
   LoadingCaption& operator=(const LoadingCaption&) = delete;
 
  private:
-  tray::TrayIcon& icon_;
+  app::TrayIcon& icon_;
 };
 
 bool isOvertaken(const TransferResult& result) {
@@ -74,14 +74,14 @@ std::string Query::queryUrl(int slot, bool asSearch) const {
   for (int i = 0; i <= parts_.tree.subbit.UBound(); ++i) {
     if (parts_.tree.subbit[i].Checked) bitrate = static_cast<std::size_t>(i);
   }
-  const std::string key(kGenreTable[static_cast<std::size_t>(slot)].key);
+  const std::string key(menu::kGenreTable[static_cast<std::size_t>(slot)].key);
   std::string url = "http://" + parts_.hosts.directory + "/directory/index.phtml?";
-  if (key == kSearchKey) {
+  if (key == menu::kSearchKey) {
     url += "s=" + search_text_;
   } else {
     url += (asSearch ? "s=" : "sgenre=") + key;
   }
-  return url.append(kBitrateTable[bitrate].query) + "&numresult=" + parts_.settings.maxentry;
+  return url.append(menu::kBitrateTable[bitrate].query) + "&numresult=" + parts_.settings.maxentry;
 }
 
 Query::Answer Query::refuse(std::string_view message) {
@@ -104,7 +104,7 @@ Query::Answer Query::ladeonline(int slot, Mode mode, bool asSearch, const std::s
 
 Query::Answer Query::refresh(int slot, Mode mode, const std::string& checked) {
   const Answer answer = ladeonline(slot, mode, false, checked);
-  if (answer != Answer::no_station || slot == tray::kSearchGenre) return answer;
+  if (answer != Answer::no_station || slot == menu::kSearchGenre) return answer;
   return ladeonline(slot, mode, true, checked);
 }
 
@@ -115,7 +115,7 @@ Query::Answer Query::ladeplaylist(const std::string& url) {
 
 Query::Answer Query::fetchPlaylist(const std::string& url) {
   if (url.empty()) return refuse(kBadEntry);
-  std::string extension(app::behindLast(url, '.'));
+  std::string extension(base::behindLast(url, '.'));
   if (extension.empty()) extension = "pls";
   if (!canEndFileName(extension)) {
     last_transfer_state_ = kTransferFailed;
@@ -136,9 +136,9 @@ Query::Answer Query::fetchPlaylist(const std::string& url) {
 
 bool Query::savePlaylist(std::string_view playlist, const std::string& file) const {
   for (const char* extension : {"pls", "m3u"}) {
-    app::removeFile(parts_.paths.inData(std::string("\\tmpdata.") + extension));
+    base::removeFile(parts_.paths.inData(std::string("\\tmpdata.") + extension));
   }
-  return app::replaceFile(file, withCrLf(playlist), app::Keep::through_kill);
+  return base::replaceFile(file, withCrLf(playlist), base::Keep::through_kill);
 }
 
 }  // namespace directory

@@ -8,10 +8,10 @@
 #include "app/hosts.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/tray_icon.h"
 #include "directory/station_lists.h"
 #include "directory/transfer.h"
-#include "tray/menu_tree.h"
-#include "tray/tray_icon.h"
+#include "menu/menu_tree.h"
 
 namespace directory {
 
@@ -32,8 +32,8 @@ class PlaylistLauncher {
 struct QueryParts {
   Transfer& transfer;
   app::Desktop& desktop;
-  tray::TrayIcon& icon;
-  tray::MenuTree& tree;
+  app::TrayIcon& icon;
+  menu::MenuTree& tree;
   StationLists& lists;
   PlaylistLauncher& launcher;
   const app::Paths& paths;

@@ -1,6 +1,6 @@
 #include "directory/records.h"
 
-#include "app/text.h"
+#include "base/text.h"
 
 namespace directory {
 
@@ -9,8 +9,8 @@ void appendRecord(std::string& text, std::string_view title, std::string_view ur
 }
 
 void appendOwnRecord(std::string& text, std::string_view title, std::string_view url) {
-  appendRecord(text, app::replaceIgnoringCase(app::oneLine(title), kFieldSeparator, "%# $"),
-               app::replaceIgnoringCase(app::oneLine(url), kFieldSeparator, "%25#$"));
+  appendRecord(text, base::replaceIgnoringCase(base::oneLine(title), kFieldSeparator, "%# $"),
+               base::replaceIgnoringCase(base::oneLine(url), kFieldSeparator, "%25#$"));
 }
 
 }  // namespace directory

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/files.h"
+#include "base/files.h"
 
 namespace directory {
 
@@ -21,7 +21,7 @@ struct Record {
 /// and with the number of its fields (4 stands for more as well).
 template <typename Use>
 void forEachRecord(std::string_view text, const Use& use) {
-  app::Lines lines(text);
+  base::Lines lines(text);
   for (std::string_view line; lines.next(line);) {
     if (line.size() <= 1) continue;
     const auto first = line.find(kFieldSeparator);

@@ -22,7 +22,7 @@ void Reload::reloadall() {
   working();
   if (parts_.settings.showreloadallwindow == 1) parts_.reloadform.show();
 
-  for (int genre = 0; genre < tray::kSearchGenre; ++genre) {
+  for (int genre = 0; genre < menu::kSearchGenre; ++genre) {
     if (!reloadfunc(genre) || overtaken(turn)) break;
   }
   parts_.lists.finishCaches();
@@ -38,7 +38,7 @@ bool Reload::reloadfunc(int genre) {
   while (!abort_ && !overtaken(turn)) {
     parts_.reloadform.progress(
         withGenre(parts_.messages.msgloading, parts_.tree.mgenre[genre].Caption),
-        visibleGenres(genre), visibleGenres(tray::kSearchGenre));
+        visibleGenres(genre), visibleGenres(menu::kSearchGenre));
     parts_.icon.setCaption("Loading Data");  // each answer has set it back
     const auto answer = parts_.query.refresh(genre, Query::Mode::reload, {});
     if (answer != Query::Answer::superseded) return answer != Query::Answer::failed;

@@ -4,9 +4,9 @@
 
 #include "app/captions.h"
 #include "app/settings.h"
+#include "app/tray_icon.h"
 #include "directory/query.h"
-#include "tray/menu_tree.h"
-#include "tray/tray_icon.h"
+#include "menu/menu_tree.h"
 
 namespace directory {
 
@@ -27,8 +27,8 @@ struct ReloadParts {
   Query& query;
   StationLists& lists;
   ReloadView& reloadform;
-  tray::TrayIcon& icon;
-  const tray::MenuTree& tree;
+  app::TrayIcon& icon;
+  const menu::MenuTree& tree;
   const app::Settings& settings;
   const app::Messages& messages;
 };

@@ -4,17 +4,17 @@
 #include <limits>
 #include <utility>
 
-#include "app/files.h"
-#include "app/text.h"
-#include "directory/genres.h"
+#include "base/files.h"
+#include "base/text.h"
 #include "directory/page.h"
 #include "directory/records.h"
+#include "menu/genres.h"
 
 namespace directory {
 namespace {
 
-using tray::MenuArray;
-using tray::MenuItem;
+using menu::MenuArray;
+using menu::MenuItem;
 
 const std::string kFavsFile = "\\data\\favs.dat";
 const std::string kSpecialFile = "\\data\\special.dat";
@@ -45,7 +45,7 @@ template <typename Use>
 bool forEachDueSpecial(std::string_view text, const std::string& today, const Use& use) {
   bool expired = false;
   forEachRecord(text, [&](const Record& record, int fields) {
-    const bool dated = fields == 3 && !record.date.empty() && app::toNumber(record.date) != 0;
+    const bool dated = fields == 3 && !record.date.empty() && base::toNumber(record.date) != 0;
     if (dated && record.date < today) {
       expired = true;
     } else {
@@ -57,12 +57,12 @@ bool forEachDueSpecial(std::string_view text, const std::string& today, const Us
 
 }  // namespace
 
-tray::MenuItem emptySpecials() {
+menu::MenuItem emptySpecials() {
   return {"leer", {}};
 }
 
 StationLists::StationLists(const app::Paths& paths, const app::Settings& settings,
-                           const app::Messages& messages, tray::MenuTree& tree, std::string today)
+                           const app::Messages& messages, menu::MenuTree& tree, std::string today)
     : paths_(paths),
       settings_(settings),
       messages_(messages),
@@ -71,13 +71,13 @@ StationLists::StationLists(const app::Paths& paths, const app::Settings& setting
 
 void StationLists::loadAtStart() {
   const std::string folder = paths_.inData("\\data");
-  if (!app::folderExists(folder)) {
-    app::makeFolder(folder);
+  if (!base::folderExists(folder)) {
+    base::makeFolder(folder);
     return;
   }
-  for (int i = 0; i < tray::kGenres; ++i) {
+  for (int i = 0; i < menu::kGenres; ++i) {
     const std::string file = paths_.find("\\data\\" + tree_.mgenre[i].Tag + ".dat");
-    const Kind kind = i == tray::kSearchGenre ? Kind::suche : Kind::genre;
+    const Kind kind = i == menu::kSearchGenre ? Kind::suche : Kind::genre;
     if (!file.empty()) ladeoffline(tree_.subgenre(i), file, kind);
   }
   const std::string favourites = paths_.find(kFavsFile);
@@ -87,19 +87,19 @@ void StationLists::loadAtStart() {
 
 void StationLists::ladeoffline(MenuArray& menu, const std::string& file, Kind kind) {
   menu.unloadAbove(0);
-  const auto text = app::readWhole(file);
+  const auto text = base::readWhole(file);
   if (!text || text->size() < 2) return;
   int k = -1;
   forEachRecord(*text, [&](const Record& record, int fields) {
     if (fields != 2) return;
-    setStation(entryAt(menu, ++k), app::cutTitle(record.title, settings_.maxchar),
+    setStation(entryAt(menu, ++k), base::cutTitle(record.title, settings_.maxchar),
                std::string(record.url));
   });
   closeList(menu, kind, "-");
 }
 
 bool StationLists::ladefavs(MenuArray& menu, const std::string& file) {
-  const auto text = app::readWhole(file);
+  const auto text = base::readWhole(file);
   if (!text) return false;
   forEachRecord(*text, [&](const Record& record, int fields) {
     if (fields == 2) setStation(menu.load(), std::string(record.title), std::string(record.url));
@@ -108,13 +108,13 @@ bool StationLists::ladefavs(MenuArray& menu, const std::string& file) {
 }
 
 void StationLists::ladespecial(MenuArray& menu, const std::string& file) {
-  const auto text = app::readWhole(file);
+  const auto text = base::readWhole(file);
   unread_specials_ = !text;
   if (!text) return;  // the entries that are there are better than none
   menu.unloadAbove(0);
   int k = -1;
   const bool expired = forEachDueSpecial(*text, today_, [&](const Record& record) {
-    setStation(entryAt(menu, ++k), app::cutTitle(record.title, settings_.maxchar),
+    setStation(entryAt(menu, ++k), base::cutTitle(record.title, settings_.maxchar),
                std::string(record.url));
   });
   expired_specials_ = expired_specials_ || expired;
@@ -135,7 +135,7 @@ std::optional<std::vector<OwnEntry>> StationLists::specials() const {
   std::vector<OwnEntry> rows;
   const std::string file = paths_.find(kSpecialFile);
   if (file.empty()) return rows;
-  const auto text = app::readWhole(file);
+  const auto text = base::readWhole(file);
   if (!text) return std::nullopt;
   forEachDueSpecial(*text, today_, [&](const Record& record) {
     rows.push_back({std::string(record.title), std::string(record.url)});
@@ -149,11 +149,11 @@ bool StationLists::writeSpecials(const std::vector<OwnEntry>& rows) {
     specialreloaded();
     return true;
   }
-  if (!old.empty() && !app::readWhole(old)) return false;
+  if (!old.empty() && !base::readWhole(old)) return false;
   std::string text;
   for (const OwnEntry& row : rows) appendOwnRecord(text, row.title, row.url);
-  app::makeFolder(paths_.inData("\\data"));
-  const bool written = app::replaceFile(paths_.inData(kSpecialFile), text);
+  base::makeFolder(paths_.inData("\\data"));
+  const bool written = base::replaceFile(paths_.inData(kSpecialFile), text);
   specialreloaded();
   return written;
 }
@@ -176,14 +176,14 @@ bool StationLists::menueinlesen(std::string_view page, std::string_view host, in
   std::string file;
   int k = -1;
   for (const PageStation& station : stations) {
-    const std::string title = app::oneLine(station.title);
-    std::string url = station.link.empty() ? "" : address + app::oneLine(station.link);
+    const std::string title = base::oneLine(station.title);
+    std::string url = station.link.empty() ? "" : address + base::oneLine(station.link);
     appendRecord(file, title, url);
-    setStation(entryAt(menu, ++k), app::cutTitle(title, settings_.maxchar), std::move(url));
+    setStation(entryAt(menu, ++k), base::cutTitle(title, settings_.maxchar), std::move(url));
   }
-  closeList(menu, slot == tray::kSearchGenre ? Kind::suche : Kind::genre, "xt");
+  closeList(menu, slot == menu::kSearchGenre ? Kind::suche : Kind::genre, "xt");
 
-  app::makeFolder(paths_.inData("\\data"));
+  base::makeFolder(paths_.inData("\\data"));
   // Without the file the menu still serves this run.
   caches_.replace(paths_.inData("\\data\\" + tree_.mgenre[slot].Tag + ".dat"), std::move(file));
   mark();
@@ -194,7 +194,7 @@ bool StationLists::writeAtEnd() {
   bool written = writeFavourites();
   if (expired_specials_ && !unread_specials_) {
     const std::string file = paths_.inData(kSpecialFile);
-    written = app::replaceFile(file, records(tree_.subspecial, 0)) && written;
+    written = base::replaceFile(file, records(tree_.subspecial, 0)) && written;
   }
   caches_.finish();
   return written;
@@ -205,12 +205,12 @@ bool StationLists::writeFavourites() {
   std::string text = records(tree_.subfavs, kFirstFavourite);
   if (!unread_favourites_.empty()) {
     // What could not be read at the start is still the user's: it stays in front.
-    auto old = app::readWhole(unread_favourites_, std::numeric_limits<std::int32_t>::max());
+    auto old = base::readWhole(unread_favourites_, std::numeric_limits<std::int32_t>::max());
     if (!old) return false;
     if (!old->empty() && old->back() != '\n') old->append("\r\n");
     text.insert(0, *old);
   }
-  return app::replaceFile(paths_.inData(kFavsFile), text);
+  return base::replaceFile(paths_.inData(kFavsFile), text);
 }
 
 std::string StationLists::closingCaption(Kind kind) const {

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "app/captions.h"
-#include "app/file_writer.h"
 #include "app/hosts.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "base/file_writer.h"
 #include "directory/own_lists.h"
-#include "tray/menu_tree.h"
+#include "menu/menu_tree.h"
 
 namespace directory {
 
@@ -19,7 +19,7 @@ namespace directory {
 inline constexpr int kFirstFavourite = 3;
 
 /// What stands in `subspecial` when it is empty: entry 0 cannot be unloaded.
-[[nodiscard]] tray::MenuItem emptySpecials();
+[[nodiscard]] menu::MenuItem emptySpecials();
 
 /// Fills the station menus from pages and from the list files, and writes the
 /// files. Everything it is given must outlive it. User-interface thread; nothing
@@ -28,7 +28,7 @@ class StationLists {
  public:
   /// `today` is the date as "yyyymmdd", with which dated own entries are compared.
   StationLists(const app::Paths& paths, const app::Settings& settings,
-               const app::Messages& messages, tray::MenuTree& tree, std::string today);
+               const app::Messages& messages, menu::MenuTree& tree, std::string today);
 
   /// All menus from the files, those of the program folder standing in for the
   /// user's; makes the data folder's "\data" instead when there is none.
@@ -36,12 +36,12 @@ class StationLists {
 
   enum class Kind { genre, suche };
   /// Replaces a station menu by the records of a cache file.
-  void ladeoffline(tray::MenuArray& menu, const std::string& file, Kind kind);
+  void ladeoffline(menu::MenuArray& menu, const std::string& file, Kind kind);
   /// Appends the records behind the menu's own entries. False when the file could
   /// not be read.
-  bool ladefavs(tray::MenuArray& menu, const std::string& file);
+  bool ladefavs(menu::MenuArray& menu, const std::string& file);
   /// Replaces the menu by the records that have not expired.
-  void ladespecial(tray::MenuArray& menu, const std::string& file);
+  void ladespecial(menu::MenuArray& menu, const std::string& file);
 
   /// Reads the own entries again and shows or hides their menu.
   void specialreloaded();
@@ -71,15 +71,15 @@ class StationLists {
 
  private:
   std::string closingCaption(Kind kind) const;
-  void closeList(tray::MenuArray& menu, Kind kind, std::string_view separator_tag);
+  void closeList(menu::MenuArray& menu, Kind kind, std::string_view separator_tag);
   [[nodiscard]] bool writeFavourites();
 
   const app::Paths& paths_;
   const app::Settings& settings_;
   const app::Messages& messages_;
-  tray::MenuTree& tree_;
+  menu::MenuTree& tree_;
   std::string today_;
-  app::FileWriter caches_;
+  base::FileWriter caches_;
   bool expired_specials_ = false;
   bool unread_specials_ = false;   // the menu does not hold what the file does
   std::string unread_favourites_;  // the file that could not be read at the start

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <utility>
 
+#include "base/utf.h"
 #include "window/message_pump.h"
-#include "window/utf.h"
 
 namespace directory {
 namespace {
@@ -65,7 +65,7 @@ class WinHttpTransfer::Request : public std::enable_shared_from_this<Request> {
 
  private:
   bool open(HINTERNET connection, const Url& url) {
-    const std::wstring target = url.target.empty() ? L"/" : window::toWide(url.target);
+    const std::wstring target = url.target.empty() ? L"/" : base::toWide(url.target);
     const DWORD flags = WINHTTP_FLAG_ESCAPE_DISABLE | WINHTTP_FLAG_ESCAPE_DISABLE_QUERY |
                         (url.secure ? WINHTTP_FLAG_SECURE : 0);
     finished_.reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
@@ -171,7 +171,7 @@ class WinHttpTransfer::Request : public std::enable_shared_from_this<Request> {
   void noteProgress() { last_progress_ = GetTickCount64(); }
 
   std::shared_ptr<Request> self_;  // WinHTTP's share, until its handle is gone
-  window::UniqueHandle<HANDLE, CloseHandle> finished_;
+  base::UniqueHandle<HANDLE, CloseHandle> finished_;
   HINTERNET handle_ = nullptr;   // the caller's, null once closed
   HINTERNET request_ = nullptr;  // the same for the callbacks
   std::atomic<ULONGLONG> last_progress_ = 0;
@@ -188,7 +188,7 @@ WinHttpTransfer::~WinHttpTransfer() = default;
 
 bool WinHttpTransfer::openSession() {
   if (session_) return true;
-  session_.reset(WinHttpOpen(window::toWide("Kestrel/" KESTREL_VERSION).c_str(),
+  session_.reset(WinHttpOpen(base::toWide("Kestrel/" KESTREL_VERSION).c_str(),
                              WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY, WINHTTP_NO_PROXY_NAME,
                              WINHTTP_NO_PROXY_BYPASS, WINHTTP_FLAG_ASYNC));
   if (!session_) return false;
@@ -205,7 +205,7 @@ HINTERNET WinHttpTransfer::connection(const Url& url) {
   const std::string key = std::string(url.host) + ':' + std::to_string(url.port);
   auto& handle = connections_[key];
   if (!handle) {
-    handle.reset(WinHttpConnect(session_.get(), window::toWide(url.host).c_str(), url.port, 0));
+    handle.reset(WinHttpConnect(session_.get(), base::toWide(url.host).c_str(), url.port, 0));
   }
   return handle.get();
 }

@@ -8,9 +8,9 @@
 #include <memory>
 #include <string>
 
+#include "base/unique_handle_win.h"
 #include "directory/transfer.h"
 #include "directory/url.h"
-#include "window/unique_handle.h"
 
 namespace directory {
 
@@ -36,7 +36,7 @@ class WinHttpTransfer final : public Transfer {
 
  private:
   class Request;
-  using InternetHandle = window::UniqueHandle<HINTERNET, WinHttpCloseHandle>;
+  using InternetHandle = base::UniqueHandle<HINTERNET, WinHttpCloseHandle>;
 
   bool openSession();
   HINTERNET connection(const Url& url);

@@ -1,7 +1,7 @@
 #include <exception>
 #include <new>
 
-#include "engine/bass.h"
+#include "engine/abi/bass.h"
 #include "engine/engine.h"
 
 // The exported functions: each translates to the engine's own terms, keeps its

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <utility>
 
-#include "engine/network_watch.h"
+#include "engine/net/network_watch.h"
 #include "engine/station_source.h"
 
 namespace engine {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <optional>
 
-#include "engine/byte_source.h"
-#include "engine/hls_list.h"
+#include "engine/hls/hls_list.h"
+#include "engine/net/byte_source.h"
 
 namespace engine {
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "engine/title.h"
+#include "engine/text/title.h"
 
 namespace engine {
 namespace {

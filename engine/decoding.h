@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/codecs.h"
+#include "engine/codec/codecs.h"
 #include "engine/download_buffer.h"
 
 namespace engine {

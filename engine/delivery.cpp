@@ -17,7 +17,7 @@ Delivery::~Delivery() {
 }
 
 void Delivery::join() {
-  const threads::Lock lock(join_mutex_);
+  const base::Lock lock(join_mutex_);
   if (thread_.joinable()) thread_.join();
 }
 
@@ -27,7 +27,7 @@ void Delivery::tellStatus(const std::string& text) {
 
 void Delivery::tell(const void* bytes, size_t length) {
   if (listener_.proc == nullptr) return;
-  const threads::Lock lock(callback_mutex_);
+  const base::Lock lock(callback_mutex_);
   if (interrupt_.isSet()) return;
   listener_.proc(bytes, static_cast<BASS_DWORD>(length), listener_.user);
 }

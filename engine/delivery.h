@@ -5,9 +5,9 @@
 #include <string>
 #include <thread>
 
-#include "engine/bass.h"
+#include "engine/abi/bass.h"
 #include "engine/download_buffer.h"
-#include "engine/interrupt.h"
+#include "engine/time/interrupt.h"
 
 namespace engine {
 
@@ -50,9 +50,9 @@ class Delivery {
   DownloadBuffer& buffer_;
   const TitleSink title_;
 
-  threads::Mutex callback_mutex_;  ///< one callback at a time
+  base::Mutex callback_mutex_;  ///< one callback at a time
   std::atomic<std::thread::id> id_;
-  threads::Mutex join_mutex_;
+  base::Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest
 };
 

@@ -6,7 +6,7 @@
 namespace engine {
 
 bool DownloadBuffer::write(std::span<const uint8_t> bytes) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   while (!bytes.empty()) {
     while (!closed_ && room() == 0) changed_.wait(mutex_);
     if (closed_) return false;
@@ -28,7 +28,7 @@ size_t DownloadBuffer::room() const {
 }
 
 void DownloadBuffer::markTitle(std::string title, uint64_t position) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (marks_.size() == kMostTitles) {
     marks_.back().title = std::move(title);
     return;
@@ -52,18 +52,18 @@ void DownloadBuffer::append(std::span<const uint8_t> bytes) {
 }
 
 void DownloadBuffer::finish() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   finished_ = true;
   changed_.notifyAll();
 }
 
 void DownloadBuffer::resume() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   finished_ = false;
 }
 
 void DownloadBuffer::close() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   closed_ = true;
   blocks_.clear();
   spare_.reset();
@@ -71,7 +71,7 @@ void DownloadBuffer::close() {
 }
 
 int DownloadBuffer::read(uint8_t* to, size_t room) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   while (!closed_ && !finished_ && unread() == 0) changed_.wait(mutex_);
   if (closed_) return -1;
   const size_t count = std::min(room, unread());
@@ -82,7 +82,7 @@ int DownloadBuffer::read(uint8_t* to, size_t room) {
 }
 
 std::vector<uint8_t> DownloadBuffer::peek(size_t most) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (closed_) return {};
   std::vector<uint8_t> head(std::min(unread(), most));
   copyOut(consumed_, head.data(), head.size());
@@ -90,7 +90,7 @@ std::vector<uint8_t> DownloadBuffer::peek(size_t most) {
 }
 
 bool DownloadBuffer::waitFilled(size_t wanted, Deadline deadline) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   wanted = std::min(wanted, capacity_);
   while (!closed_ && !finished_ && unread() < wanted) {
     if (deadline == Deadline::max()) {
@@ -103,7 +103,7 @@ bool DownloadBuffer::waitFilled(size_t wanted, Deadline deadline) {
 }
 
 DownloadBuffer::Level DownloadBuffer::level() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   return {written_, consumed_, finished_, closed_};
 }
 
@@ -114,7 +114,7 @@ bool DownloadBuffer::titlePassed() const {
 bool DownloadBuffer::take(Passed& passed) {
   passed.bytes.clear();
   passed.title.reset();
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   const auto done = [this]() REQUIRES(mutex_) {
     return finished_ && taken_ == written_ && marks_.empty();
   };

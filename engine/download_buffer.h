@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "threads/mutex.h"
+#include "base/mutex.h"
 
 namespace engine {
 
@@ -78,8 +78,8 @@ class DownloadBuffer {
   void dropTaken() REQUIRES(mutex_);
 
   const size_t capacity_;
-  threads::Mutex mutex_;
-  threads::Condition changed_;
+  base::Mutex mutex_;
+  base::Condition changed_;
   std::deque<Block> blocks_ GUARDED_BY(mutex_);
   Block spare_
       GUARDED_BY(mutex_);  ///< the last emptied one, so that a steady stream allocates nothing

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "engine/title.h"
+#include "engine/text/title.h"
 
 namespace engine {
 namespace {
@@ -20,7 +20,7 @@ Downloader::Downloader(Url url, const Interrupt& interrupt, DownloadBuffer& buff
     : url_(std::move(url)), interrupt_(interrupt), buffer_(buffer), status_(std::move(status)) {}
 
 void Downloader::start() {
-  const threads::Lock lock(join_mutex_);
+  const base::Lock lock(join_mutex_);
   thread_ = std::thread([this] { run(); });
 }
 
@@ -29,18 +29,18 @@ Downloader::~Downloader() {
 }
 
 void Downloader::join() {
-  const threads::Lock lock(join_mutex_);
+  const base::Lock lock(join_mutex_);
   if (thread_.joinable()) thread_.join();
 }
 
 NetError Downloader::waitForAnswer() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   while (!answered_) changed_.wait(mutex_);
   return error_;
 }
 
 void Downloader::accept(std::function<unsigned()> cushion) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   cushion_ = std::move(cushion);
   // What is all here stays finished.
   if (waiting_) buffer_.resume();
@@ -48,14 +48,14 @@ void Downloader::accept(std::function<unsigned()> cushion) {
 }
 
 void Downloader::cancel() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   cancelled_ = true;
   changed_.notifyAll();
 }
 
 // Whoever recognises the format is not kept waiting for more meanwhile.
 bool Downloader::isAccepted() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   waiting_ = !cushion_;
   if (waiting_) buffer_.finish();
   while (!cushion_ && !cancelled_) changed_.wait(mutex_);
@@ -73,7 +73,7 @@ void Downloader::run() {
     error = NetError::failed;
   }
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     answered_ = true;
     error_ = error;
     changed_.notifyAll();
@@ -120,7 +120,7 @@ void Downloader::download(Connection& connection) {
 void Downloader::nap() {
   std::function<unsigned()> cushion;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     cushion = cushion_;
   }
   const unsigned milliseconds = cushion ? cushion() : 0;

@@ -51,8 +51,8 @@ class Downloader {
   DownloadBuffer& buffer_;
   const StatusSink status_;
 
-  threads::Mutex mutex_;
-  threads::Condition changed_;
+  base::Mutex mutex_;
+  base::Condition changed_;
   bool answered_ GUARDED_BY(mutex_) = false;
   NetError error_ GUARDED_BY(mutex_) = NetError::none;
   bool cancelled_ GUARDED_BY(mutex_) = false;
@@ -61,7 +61,7 @@ class Downloader {
   ResponseHead head_;                                     ///< written before answered_ is set
 
   std::atomic<std::thread::id> id_;
-  threads::Mutex join_mutex_;
+  base::Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest
 };
 

@@ -23,7 +23,7 @@ int Engine::init(int device) {
   // Whether there is a loudspeaker now says nothing about later: it is looked for
   // whenever a stream opens.
   if (device != -1) return BASS_ERROR_DEVICE;
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (network_) return BASS_ERROR_ALREADY;
   network_ = std::make_unique<NetworkStart>();
   return BASS_OK;
@@ -32,7 +32,7 @@ int Engine::init(int device) {
 int Engine::free() {
   Streams all;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     if (!network_) return BASS_ERROR_INIT;
     for (auto& [handle, stream] : streams_) all.push_back(std::move(stream));
     streams_.clear();
@@ -41,13 +41,13 @@ int Engine::free() {
   for (const auto& stream : all) stream->stop();
   for (auto& stream : all) release(std::move(stream));
   releaseLeftOver(Wait::yes);
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   network_.reset();
   return BASS_OK;
 }
 
 bool Engine::setConfig(BASS_DWORD option, BASS_DWORD value, BASS_DWORD& previous) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   switch (option) {
     case BASS_CONFIG_MAXVOL:
       if (value == 0) return false;
@@ -67,7 +67,7 @@ int Engine::createStream(const char* url, Listener listener, HSTREAM& handle) {
   if (!parsed) return BASS_ERROR_ILLPARAM;
   BASS_DWORD prebuffer = 0;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     if (!network_) return BASS_ERROR_INIT;
     prebuffer = prebuffer_percent_;
   }
@@ -82,14 +82,14 @@ int Engine::createStream(const char* url, Listener listener, HSTREAM& handle) {
 }
 
 int Engine::startOpening(const std::shared_ptr<Stream>& stream) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (!network_) return BASS_ERROR_INIT;
   opening_.push_back(stream);
   return BASS_OK;
 }
 
 int Engine::endOpening(const std::shared_ptr<Stream>& stream, int code, HSTREAM& handle) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   std::erase(opening_, stream);
   if (!network_) return BASS_ERROR_INIT;
   if (code != BASS_OK) return code;
@@ -99,7 +99,7 @@ int Engine::endOpening(const std::shared_ptr<Stream>& stream, int code, HSTREAM&
 }
 
 std::shared_ptr<Stream> Engine::find(HSTREAM handle) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   const auto found = streams_.find(handle);
   return found == streams_.end() ? nullptr : found->second;
 }
@@ -107,7 +107,7 @@ std::shared_ptr<Stream> Engine::find(HSTREAM handle) {
 int Engine::freeStream(HSTREAM handle) {
   std::shared_ptr<Stream> stream;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     const auto found = streams_.find(handle);
     if (found == streams_.end()) return BASS_ERROR_HANDLE;
     stream = std::move(found->second);
@@ -121,7 +121,7 @@ int Engine::freeStream(HSTREAM handle) {
 
 void Engine::release(std::shared_ptr<Stream> stream) {
   if (!stream->isOwnThread()) stream->close();
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   left_over_.push_back(std::move(stream));
 }
 
@@ -129,7 +129,7 @@ void Engine::release(std::shared_ptr<Stream> stream) {
 void Engine::releaseLeftOver(Wait wait) {
   Streams free_now;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     const auto kept = std::stable_partition(
         left_over_.begin(), left_over_.end(), [wait](const std::shared_ptr<Stream>& stream) {
           return stream->isOwnThread() || (wait == Wait::no && !stream->isOver());
@@ -145,7 +145,7 @@ void Engine::releaseLeftOver(Wait wait) {
 void Engine::limitFading() {
   Streams fading;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     std::copy_if(left_over_.begin(), left_over_.end(), std::back_inserter(fading),
                  [](const std::shared_ptr<Stream>& stream) { return !stream->isOver(); });
   }
@@ -159,7 +159,7 @@ int Engine::stopStream(HSTREAM handle) {
   }
   Streams opening;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     opening = opening_;
   }
   for (const auto& stream : opening) stream->stop();
@@ -169,7 +169,7 @@ int Engine::stopStream(HSTREAM handle) {
 int Engine::setVolume(HSTREAM handle, int volume) {
   const auto stream = find(handle);
   if (!stream) return BASS_ERROR_HANDLE;
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (volume < 0 || static_cast<BASS_DWORD>(volume) > max_volume_) return BASS_ERROR_ILLPARAM;
   stream->setVolume(static_cast<float>(volume) / static_cast<float>(max_volume_));
   return BASS_OK;
@@ -181,7 +181,7 @@ int Engine::setSync(HSTREAM handle, BASS_DWORD type, SYNCPROC* proc, uintptr_t u
   if (type != BASS_SYNC_META) return BASS_ERROR_ILLTYPE;
   if (proc == nullptr) return BASS_ERROR_ILLPARAM;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     sync = ++last_handle_;
   }
   stream->setTitleSync(sync, handle, proc, user);

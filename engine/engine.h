@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/codecs.h"
+#include "engine/codec/codecs.h"
 #include "engine/stream.h"
 
 namespace engine {
@@ -46,7 +46,7 @@ class Engine {
   std::unique_ptr<OutputFactory> outputs_;
   Codecs codecs_;
 
-  threads::Mutex mutex_;
+  base::Mutex mutex_;
   std::unique_ptr<NetworkStart> network_ GUARDED_BY(mutex_);  ///< there while initialised
   BASS_DWORD max_volume_ GUARDED_BY(mutex_) = 100;
   BASS_DWORD prebuffer_percent_ GUARDED_BY(mutex_) = 75;

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "engine/decoding.h"
-#include "engine/output_silent.h"
-#include "engine/resampler.h"
+#include "engine/sound/output_silent.h"
+#include "engine/sound/resampler.h"
 
 namespace engine {
 namespace {
@@ -26,12 +26,12 @@ Playback::~Playback() {
 }
 
 void Playback::join() {
-  const threads::Lock lock(join_mutex_);
+  const base::Lock lock(join_mutex_);
   if (thread_.joinable()) thread_.join();
 }
 
 void Playback::play(Codec codec, std::vector<Codec> all, uint32_t bitrate) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (codec_.functions != nullptr) return;
   codec_ = std::move(codec);
   codecs_ = std::move(all);
@@ -40,13 +40,13 @@ void Playback::play(Codec codec, std::vector<Codec> all, uint32_t bitrate) {
 }
 
 void Playback::cancel() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   cancelled_ = true;
   changed_.notifyAll();
 }
 
 bool Playback::waitForPlay() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   while (!cancelled_ && codec_.functions == nullptr) changed_.wait(mutex_);
   return !cancelled_;
 }
@@ -80,7 +80,7 @@ void Playback::decodeAll() {
   Codec codec;
   std::vector<Codec> all;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     codec = codec_;
     all = codecs_;
   }
@@ -101,13 +101,13 @@ void Playback::decodeAll() {
 }
 
 void Playback::noteFormat(const kestrel_sound& sound) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   format_ = {sound.ctype, static_cast<uint32_t>(sound.rate), static_cast<uint32_t>(sound.channels),
              0};
 }
 
 kestrel_format Playback::format() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   return format_;
 }
 

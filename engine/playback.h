@@ -3,12 +3,12 @@
 #include <atomic>
 #include <thread>
 
-#include "engine/codecs.h"
-#include "engine/cushion.h"
+#include "engine/codec/codecs.h"
 #include "engine/download_buffer.h"
-#include "engine/gain.h"
-#include "engine/output.h"
-#include "engine/socket.h"
+#include "engine/net/socket.h"
+#include "engine/sound/cushion.h"
+#include "engine/sound/gain.h"
+#include "engine/sound/output.h"
 
 namespace engine {
 
@@ -64,8 +64,8 @@ class Playback {
   std::atomic<unsigned> pending_{0};
   std::atomic<bool> over_{false};
 
-  threads::Mutex mutex_;
-  threads::Condition changed_;
+  base::Mutex mutex_;
+  base::Condition changed_;
   Codec codec_ GUARDED_BY(mutex_);
   std::vector<Codec> codecs_ GUARDED_BY(mutex_);
   bool cancelled_ GUARDED_BY(mutex_) = false;
@@ -81,7 +81,7 @@ class Playback {
   /// The latest piece of sound, kept back so that it can be faded if it is the last.
   std::vector<float> held_;
 
-  threads::Mutex join_mutex_;
+  base::Mutex join_mutex_;
   std::thread thread_;  // last: it uses the rest
 };
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "engine/fetch.h"
-#include "engine/hls_source.h"
-#include "engine/playlist.h"
+#include "engine/hls/hls_source.h"
+#include "engine/net/fetch.h"
+#include "engine/text/playlist.h"
 
 namespace engine {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/byte_source.h"
-#include "engine/hls_list.h"
+#include "engine/hls/hls_list.h"
+#include "engine/net/byte_source.h"
 
 namespace engine {
 

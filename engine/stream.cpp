@@ -166,7 +166,7 @@ int Stream::position(BASS_DWORD mode, BASS_DWORD& bytes) {
 const char* Stream::tags(BASS_DWORD type) {
   if (type == BASS_TAG_ICY) return icy_tags_.empty() ? nullptr : icy_tags_.data();
   if (type != BASS_TAG_META) return nullptr;
-  const threads::Lock lock(title_mutex_);
+  const base::Lock lock(title_mutex_);
   if (title_.empty()) return nullptr;
   title_seen_ = true;
   if (handed_out_.empty() || handed_out_.back() != title_) handed_out_.push_back(title_);
@@ -188,7 +188,7 @@ void Stream::setTitleSync(HSYNC handle, HSTREAM channel, SYNCPROC* proc, uintptr
   const TitleSync sync{handle, channel, proc, user};
   std::string missed;
   {
-    const threads::Lock lock(title_mutex_);
+    const base::Lock lock(title_mutex_);
     sync_ = sync;
     if (!title_seen_) missed = title_;
     title_seen_ = true;
@@ -199,7 +199,7 @@ void Stream::setTitleSync(HSYNC handle, HSTREAM channel, SYNCPROC* proc, uintptr
 void Stream::takeTitle(const std::string& text) {
   TitleSync sync;
   {
-    const threads::Lock lock(title_mutex_);
+    const base::Lock lock(title_mutex_);
     // Some servers repeat the title every few seconds.
     if (text == title_) return;
     title_ = text;

@@ -75,7 +75,7 @@ class Stream {
   uint32_t bitrate_ = 0;  ///< bit/s
   std::string icy_tags_;
 
-  threads::Mutex title_mutex_;
+  base::Mutex title_mutex_;
   std::string title_ GUARDED_BY(title_mutex_);
   bool title_seen_ GUARDED_BY(title_mutex_) = true;
   std::list<std::string> handed_out_ GUARDED_BY(title_mutex_);

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 namespace player {
 namespace {
@@ -32,7 +32,7 @@ class Exports {
 bool loadAudioLibrary(const std::string& path, AudioLibrary& library) {
   // With the altered search path the library's own needs are looked for beside it.
   const HMODULE module =
-      LoadLibraryExW(window::toWide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+      LoadLibraryExW(base::toWide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (module == nullptr) return false;
   Exports exports(module);
   AudioLibrary found;

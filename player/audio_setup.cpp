@@ -1,6 +1,6 @@
 #include "player/audio_setup.h"
 
-#include "app/files.h"
+#include "base/files.h"
 
 namespace player {
 namespace {
@@ -15,7 +15,7 @@ constexpr auto kCritical = app::Desktop::Icon::critical;
 
 bool loadLibrary(const AudioSetup& setup, const std::string& folder) {
   const std::string path = folder + "bass.dll";
-  if (!app::fileExists(path)) {
+  if (!base::fileExists(path)) {
     setup.desktop.messageBox("BASS.DLL does not exists", "BASS.DLL", kCritical);
     return false;
   }
@@ -45,7 +45,7 @@ bool initaudio(const AudioSetup& setup) {
   library.SetConfig(BASS_CONFIG_MAXVOL, kMaxVolume);
   // The player waits for a filled buffer itself, to show how far it is.
   library.SetConfig(BASS_CONFIG_NET_PREBUF, 0);
-  if (app::fileExists(folder + kPlugin)) {
+  if (base::fileExists(folder + kPlugin)) {
     library.PluginLoad(kPlugin, 0);
   } else {
     setup.desktop.messageBox("bass_aac.dll not found. AAC support disabled", kPlugin, kCritical);

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "engine/bass.h"
+#include "engine/abi/bass.h"
 
 namespace player {
 

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 namespace player {
 namespace {
@@ -25,7 +25,7 @@ bool isLink(const std::wstring& path) {
 
 bool FileHandle::open(const std::string& path, Mode mode) {
   close();
-  const std::wstring wide = window::toWide(path);
+  const std::wstring wide = base::toWide(path);
   if (isLink(wide)) return false;
   const bool creates = mode == Mode::create;
   handle_ = reinterpret_cast<std::intptr_t>(

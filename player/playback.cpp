@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
-#include "app/files.h"
-#include "app/text.h"
+#include "base/files.h"
+#include "base/text.h"
 #include "player/audio_setup.h"
 #include "player/channel_type.h"
 #include "player/title_tag.h"
@@ -69,7 +69,7 @@ void Playback::startplayer(int index) {
   addresses_ = parts_.streamlist;
   msgplayerstatus_ = parts_.messages.msgplayerstatus;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     stopped_ = false;
     playerthread_ = true;
     active_ = true;
@@ -87,7 +87,7 @@ void Playback::startplayer(int index) {
 
 bool Playback::playlistSaved() const {
   const std::string stem = parts_.datapath + "\\tmpdata.";
-  return app::fileExists(stem + "pls") || app::fileExists(stem + "m3u");
+  return base::fileExists(stem + "pls") || base::fileExists(stem + "m3u");
 }
 
 void Playback::stopplayer() {
@@ -134,7 +134,7 @@ void Playback::PlayStreamThread(int entry) {
     active_ = false;
     showNothingPlays();
   }
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   playerthread_ = false;
   if (ended_) showEnd();
 }
@@ -152,7 +152,7 @@ bool Playback::openStream(int entry) {
   show(&PlayerView::lblBPS, "");
   freeStream();
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     ended_ = false;
     bitrate_.clear();
   }
@@ -165,7 +165,7 @@ bool Playback::openStream(int entry) {
   const HSTREAM opened =
       parts_.library.StreamCreateURL(address.c_str(), 0, BASS_STREAM_STATUS, DownloadProc, 0);
   if (opened != 0) {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     hStream_ = opened;
   }
   if (stopped()) {
@@ -216,7 +216,7 @@ void Playback::readHeaders() {
     } else if (text.starts_with(kBitrate)) {
       const std::string bitrate = "bitrate: " + std::string(text.substr(kBitrate.size()));
       show(&PlayerView::lblBPS, bitrate);
-      const threads::Lock lock(mutex_);
+      const base::Lock lock(mutex_);
       bitrate_ = bitrate;
     }
   }
@@ -228,7 +228,7 @@ void Playback::readHeaders() {
   alignas(BASS_CHANNELINFO) std::byte room[BASS_CHANNELINFO_ROOM] = {};
   auto* const info = new (room) BASS_CHANNELINFO{};
   library.ChannelGetInfo(opened, info);
-  show(&PlayerView::lblFormat, app::lowerCased(GetCTypeName(info->ctype)));
+  show(&PlayerView::lblFormat, base::lowerCased(GetCTypeName(info->ctype)));
 }
 
 void Playback::play() {
@@ -294,7 +294,7 @@ void Playback::serverText(const std::string& text) {
 
 void Playback::ended() {
   parts_.recorder.downloadEnded();
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   ended_ = true;
   if (!playerthread_) showEnd();
 }
@@ -306,44 +306,44 @@ void Playback::showEnd() {
 }
 
 std::string Playback::shownBitrate() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   return bitrate_;
 }
 
 HSTREAM Playback::stream() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   return hStream_;
 }
 
 void Playback::freeStream() {
   HSTREAM old = 0;
   {
-    const threads::Lock lock(mutex_);
+    const base::Lock lock(mutex_);
     old = std::exchange(hStream_, 0);
   }  // the library waits for callbacks, and they may want the lock
   if (old != 0) parts_.library.StreamFree(old);
 }
 
 void Playback::show(void (PlayerView::*label)(std::string), std::string text) {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   if (!stopped_) (parts_.view.*label)(std::move(text));
 }
 
 bool Playback::stopped() {
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   return stopped_;
 }
 
 bool Playback::stoppedWithin(int milliseconds) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   while (!stopped_ && stop_signal_.waitUntil(mutex_, deadline)) continue;
   return stopped_;
 }
 
 void Playback::requestStop() {
   active_ = false;
-  const threads::Lock lock(mutex_);
+  const base::Lock lock(mutex_);
   stopped_ = true;
   stop_signal_.notifyAll();
 }

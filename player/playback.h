@@ -7,13 +7,13 @@
 
 #include "app/captions.h"
 #include "app/desktop.h"
+#include "app/tray_icon.h"
+#include "base/mutex.h"
+#include "menu/menu_model.h"
 #include "player/audio_library.h"
 #include "player/player_view.h"
 #include "player/recorder.h"
 #include "player/volume.h"
-#include "threads/mutex.h"
-#include "tray/menu_model.h"
-#include "tray/tray_icon.h"
 
 namespace player {
 
@@ -22,9 +22,9 @@ struct PlaybackParts {
   const AudioLibrary& library;
   PlayerView& view;
   app::Desktop& desktop;
-  tray::TrayIcon& icon;
-  tray::MenuItem& subplayerplay;
-  tray::MenuItem& mnurecordstream;
+  app::TrayIcon& icon;
+  menu::MenuItem& subplayerplay;
+  menu::MenuItem& mnurecordstream;
   const app::Messages& messages;
   Volume& volume;
   Recorder& recorder;
@@ -105,8 +105,8 @@ class Playback {
   std::vector<std::string> addresses_;
   std::string msgplayerstatus_;
 
-  threads::Mutex mutex_;
-  threads::Condition stop_signal_;
+  base::Mutex mutex_;
+  base::Condition stop_signal_;
   bool stopped_ GUARDED_BY(mutex_) = true;
   bool ended_ GUARDED_BY(mutex_) = false;  ///< the stream has, by itself
   HSTREAM hStream_ GUARDED_BY(mutex_) = 0;

@@ -169,7 +169,7 @@ void PlayerSkin::focusRing(window::Canvas& canvas, const RECT& area, double radi
   canvas.frame(area, radius, 1.5 * layout_.scale, theme_.text);
 }
 
-void PlayerSkin::picture(window::Canvas& canvas, const window::UniqueBitmap& picture,
+void PlayerSkin::picture(window::Canvas& canvas, const base::UniqueBitmap& picture,
                          const RECT& area) const {
   BITMAP shape{};
   if (GetObjectW(picture.get(), sizeof(shape), &shape) == 0) return;

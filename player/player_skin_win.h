@@ -4,11 +4,11 @@
 
 #include <string>
 
+#include "base/unique_handle_win.h"
 #include "player/player_layout_win.h"
 #include "window/canvas.h"
 #include "window/dpi.h"
 #include "window/theme.h"
-#include "window/unique_handle.h"
 
 namespace player {
 
@@ -49,14 +49,14 @@ class PlayerSkin {
   void smallButton(window::Canvas& canvas, const RECT& area, const ControlLook& look) const;
   void focusRing(window::Canvas& canvas, const RECT& area, double radius) const;
   /// In the middle of an area.
-  void picture(window::Canvas& canvas, const window::UniqueBitmap& picture, const RECT& area) const;
+  void picture(window::Canvas& canvas, const base::UniqueBitmap& picture, const RECT& area) const;
   [[nodiscard]] HFONT font(Label label) const;
 
   window::Theme theme_;
   PlayerLayout layout_;
   bool mini_;
-  window::UniqueFont name_font_, song_font_, detail_font_;
-  window::UniqueBitmap play_, stop_, record_off_, record_on_, volume_, pin_, close_;
+  base::UniqueFont name_font_, song_font_, detail_font_;
+  base::UniqueBitmap play_, stop_, record_off_, record_on_, volume_, pin_, close_;
 };
 
 }  // namespace player

@@ -2,11 +2,11 @@
 
 #include <commctrl.h>
 
+#include "base/utf.h"
 #include "player/player_ids.h"
 #include "player/skinmodule_win.h"
 #include "window/gdi.h"
 #include "window/menu.h"
-#include "window/utf.h"
 
 // The player window's controls: how they are made, placed, named and painted.
 
@@ -65,7 +65,7 @@ void PlayerWindow::addControls() {
 
 void PlayerWindow::readCaptions() {
   const auto name = [this](int id, const std::string& text) {
-    const std::wstring wide = window::toWide(text);
+    const std::wstring wide = base::toWide(text);
     if (wide != textOf(id)) SetWindowTextW(control(id), wide.c_str());
   };
   name(kIdImage1, parts_.menu.subplayerplay.Caption);

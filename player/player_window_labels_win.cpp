@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "base/utf.h"
 #include "player/player_ids.h"
-#include "window/utf.h"
 
 // What playback writes into the player window, from any thread.
 
@@ -98,7 +98,7 @@ void PlayerWindow::showSongOrStation(bool station) {
 }
 
 void PlayerWindow::write(int id, const std::string& text) {
-  const std::wstring wide = window::toWide(text);
+  const std::wstring wide = base::toWide(text);
   if (wide == textOf(id)) return;
   SetWindowTextW(control(id), wide.c_str());
   InvalidateRect(control(id), nullptr, FALSE);

@@ -6,11 +6,11 @@
 
 #include "app/captions.h"
 #include "app/desktop.h"
+#include "menu/menu_tree.h"
 #include "player/player_skin_win.h"
 #include "player/player_view.h"
 #include "player/volume.h"
 #include "player/volume_slider_win.h"
-#include "tray/menu_tree.h"
 #include "window/control_hook.h"
 #include "window/hot_control.h"
 #include "window/menu.h"
@@ -32,7 +32,7 @@ struct PlayerActions {
 struct PlayerWindowParts {
   app::Captions& captions;
   app::Desktop& desktop;
-  const tray::MenuTree& menu;  ///< its player entries name the buttons
+  const menu::MenuTree& menu;  ///< its player entries name the buttons
   window::UiQueue& queue;
   Volume& volume;
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "app/text.h"
+#include "base/text.h"
 
 namespace player {
 namespace {
@@ -18,7 +18,7 @@ bool isControl(char c) {
 
 /// Windows opens a device for these, whatever extension follows.
 bool isDeviceName(std::string_view name) {
-  const std::string stem = app::lowerCased(app::trimBlanks(name.substr(0, name.find('.'))));
+  const std::string stem = base::lowerCased(base::trimBlanks(name.substr(0, name.find('.'))));
   if (stem == "con" || stem == "prn" || stem == "aux" || stem == "nul" || stem == "conin$" ||
       stem == "conout$")
     return true;
@@ -41,7 +41,7 @@ std::string CleanFileName(std::string_view text) {
 
 std::string recordPath(std::string_view folder, std::string_view title) {
   const std::string name = CleanFileName(title);
-  if (app::trimBlanks(name).empty() || isDeviceName(name) ||
+  if (base::trimBlanks(name).empty() || isDeviceName(name) ||
       std::any_of(name.begin(), name.end(), isControl)) {
     return {};
   }

@@ -7,9 +7,9 @@
 namespace player {
 
 void Recorder::begin() {
-  const threads::Lock file_lock(file_mutex_);
+  const base::Lock file_lock(file_mutex_);
   file_.CloseFile();
-  const threads::Lock lock(state_mutex_);
+  const base::Lock lock(state_mutex_);
   state_.RecordFile.clear();
   state_.resumes = state_.FileOpen;
   state_.ended = false;
@@ -18,17 +18,17 @@ void Recorder::begin() {
 
 void Recorder::end() {
   {
-    const threads::Lock lock(state_mutex_);
+    const base::Lock lock(state_mutex_);
     state_.ended = true;
     ++state_.changes;
   }
-  const threads::Lock file_lock(file_mutex_);
+  const base::Lock file_lock(file_mutex_);
   file_.CloseFile();
 }
 
 void Recorder::title(std::string_view CurrentTitle) {
   std::string path = recordPath(folder_, CurrentTitle);
-  const threads::Lock lock(state_mutex_);
+  const base::Lock lock(state_mutex_);
   if (CurrentTitle != state_.LastTitle) {
     state_.LastTitle = CurrentTitle;
     state_.FileOpen = false;
@@ -40,7 +40,7 @@ void Recorder::title(std::string_view CurrentTitle) {
 }
 
 void Recorder::bytes(std::span<const std::byte> block) {
-  const threads::Lock file_lock(file_mutex_);
+  const base::Lock file_lock(file_mutex_);
   State now = state();
   if (now.ended) return;
   record(now, block);
@@ -69,7 +69,7 @@ void Recorder::record(State& now, std::span<const std::byte> block) {
 }
 
 void Recorder::downloadEnded() {
-  const threads::Lock file_lock(file_mutex_);
+  const base::Lock file_lock(file_mutex_);
   file_.CloseFile();
   State now = state();
   now.SyncFound = false;
@@ -77,12 +77,12 @@ void Recorder::downloadEnded() {
 }
 
 Recorder::State Recorder::state() {
-  const threads::Lock lock(state_mutex_);
+  const base::Lock lock(state_mutex_);
   return state_;
 }
 
 void Recorder::store(const State& outcome) {
-  const threads::Lock lock(state_mutex_);
+  const base::Lock lock(state_mutex_);
   if (state_.changes != outcome.changes) return;  // a title came meanwhile: begin anew
   state_.FileOpen = outcome.FileOpen;
   state_.SyncFound = outcome.SyncFound;

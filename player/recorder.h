@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "player/file_io.h"
-#include "threads/mutex.h"
+#include "base/mutex.h"
+#include "player/recording_file.h"
 
 namespace player {
 
@@ -53,9 +53,9 @@ class Recorder {
   void record(State& now, std::span<const std::byte> block) REQUIRES(file_mutex_);
 
   const std::string folder_;
-  threads::Mutex file_mutex_;  ///< held while the disk is written; taken before state_mutex_
+  base::Mutex file_mutex_;  ///< held while the disk is written; taken before state_mutex_
   clsFileIo file_ GUARDED_BY(file_mutex_);
-  threads::Mutex state_mutex_;
+  base::Mutex state_mutex_;
   State state_ GUARDED_BY(state_mutex_);
 };
 

@@ -6,7 +6,7 @@
 namespace player {
 namespace {
 
-using UniqueRegion = window::UniqueHandle<HRGN, DeleteObject>;
+using UniqueRegion = base::UniqueHandle<HRGN, DeleteObject>;
 
 constexpr double kRadius = 9;  // units
 constexpr COLORREF kCut = RGB(0xff, 0x00, 0xff);

@@ -11,7 +11,7 @@ GENRE = "Jazz"
 os.environ.setdefault("KESTREL_PROGRAM", os.path.join(TOP, "build/win64/kestrel"))
 os.environ.setdefault("KESTREL_TOOLS", os.path.join(TOP, "build/win64/desktop-tools"))
 os.environ["KESTREL_PICTURES"] = REPORT
-sys.path[:0] = [os.path.join(TOP, "tests"), os.path.join(TOP, "tests/desktop")]
+sys.path.append(os.path.join(TOP, "tests/support"))
 
 import sound  # noqa: E402
 from demo_radio import DemoRadio  # noqa: E402
@@ -69,9 +69,9 @@ def tour(desktop, radio):
 
 def main():
     os.makedirs(REPORT, exist_ok=True)
-    service = os.path.join(TOP, "build/native/service")
+    built = os.path.join(TOP, "build/native/demo_radio")
     print("A tour of Kestrel:", flush=True)
-    with DemoRadio(os.path.join(service, "demo_radio"), os.path.join(service, "sounds")) as radio:
+    with DemoRadio(os.path.join(built, "demo_radio"), os.path.join(built, "sounds")) as radio:
         desktop = Desktop()
         try:
             tour(desktop, radio)

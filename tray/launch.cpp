@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "app/files.h"
-#include "app/text.h"
+#include "base/files.h"
+#include "base/text.h"
 
 namespace tray {
 namespace {
@@ -104,7 +104,7 @@ constexpr std::string_view kDangerous[] = {"ade",
 
 bool Launch::refuses(std::string_view extension) {
   if (settings_.player != kDefaultApplication) return false;
-  const std::string lower = app::lowerCased(app::trimBlanks(extension));
+  const std::string lower = base::lowerCased(base::trimBlanks(extension));
   const bool listed =
       std::find(std::begin(kDangerous), std::end(kDangerous), lower) != std::end(kDangerous);
   return listed || desktop_.isDangerousExtension("." + lower);
@@ -113,7 +113,7 @@ bool Launch::refuses(std::string_view extension) {
 void Launch::launch(std::string_view url, const std::string& file) {
   if (settings_.player == kDefaultApplication) {
     // The setting may have changed while the playlist was on its way.
-    if (refuses(app::behindLast(file, '.'))) {
+    if (refuses(base::behindLast(file, '.'))) {
       desktop_.messageBox("Can't Connect. Error in Datafile");
       return;
     }
@@ -121,7 +121,7 @@ void Launch::launch(std::string_view url, const std::string& file) {
   } else if (settings_.player == kCommand) {
     // One argument for the shell; the quotes are the command's own.
     const std::string command =
-        app::replaceIgnoringCase(settings_.playerpath, "%1", '"' + file + '"');
+        base::replaceIgnoringCase(settings_.playerpath, "%1", '"' + file + '"');
     if (!command.empty()) desktop_.shellopen(command);
   } else if (settings_.player == kInternalPlayer) {
     if (url.size() <= 2 || !FileExists(file)) return;
@@ -131,11 +131,11 @@ void Launch::launch(std::string_view url, const std::string& file) {
 }
 
 std::int32_t ToLng(std::string_view value) {
-  return app::toInt32(value).value_or(0);
+  return base::toInt32(value).value_or(0);
 }
 
 bool FileExists(const std::string& path) {
-  return app::fileExists(path);
+  return base::fileExists(path);
 }
 
 std::string RPP(std::string_view path) {
@@ -145,7 +145,7 @@ std::string RPP(std::string_view path) {
 }
 
 std::string_view GetFileName(std::string_view path) {
-  return app::behindLast(path, '\\');
+  return base::behindLast(path, '\\');
 }
 
 }  // namespace tray

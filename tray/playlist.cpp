@@ -4,8 +4,8 @@
 #include <limits>
 #include <utility>
 
-#include "app/files.h"
-#include "app/text.h"
+#include "base/files.h"
+#include "base/text.h"
 
 namespace tray {
 namespace {
@@ -17,10 +17,10 @@ constexpr std::string_view kStreamSeparator = "+#,";
 
 // Between the first and the second "=": an address with one in it is cut there.
 bool plsUrl(std::string_view line, std::string_view& url) {
-  if (app::findIgnoringCase(line, "file") == line.npos) return false;
-  const auto value = app::splitFirst(line, '=').value;
+  if (base::findIgnoringCase(line, "file") == line.npos) return false;
+  const auto value = base::splitFirst(line, '=').value;
   if (!value) return false;
-  url = app::splitFirst(*value, '=').key;
+  url = base::splitFirst(*value, '=').key;
   return true;
 }
 
@@ -32,10 +32,10 @@ bool m3uUrl(std::string_view line, std::string_view& url) {
 }  // namespace
 
 std::vector<std::string_view> playlistUrls(std::string_view text, std::string_view extension) {
-  const bool pls = app::equalsIgnoringCase(extension, "pls");
+  const bool pls = base::equalsIgnoringCase(extension, "pls");
   std::vector<std::string_view> urls;
-  if (!pls && !app::equalsIgnoringCase(extension, "m3u")) return urls;
-  app::Lines lines(text);
+  if (!pls && !base::equalsIgnoringCase(extension, "m3u")) return urls;
+  base::Lines lines(text);
   for (std::string_view line; urls.size() < kMostStreams && lines.next(line);) {
     std::string_view url;
     if (pls ? plsUrl(line, url) : m3uUrl(line, url)) urls.push_back(url);
@@ -47,13 +47,13 @@ void Playlist::playlisteinlesen(std::string path) {
   if (path.size() < 2) {
     path.clear();
     for (const char* saved : {"\\tmpdata.m3u", "\\tmpdata.pls"}) {
-      if (app::fileExists(paths_.inData(saved))) path = paths_.inData(saved);
+      if (base::fileExists(paths_.inData(saved))) path = paths_.inData(saved);
     }
   }
   const bool found = !path.empty();
   if (found) {
-    const std::string text = app::readWhole(path).value_or(std::string());
-    setEntries(playlistUrls(text, app::behindLast(path, '.')));
+    const std::string text = base::readWhole(path).value_or(std::string());
+    setEntries(playlistUrls(text, base::behindLast(path, '.')));
   }
   tree_.subplayerplay.Enabled = found;
   tree_.subplayerstop.Enabled = found;
@@ -61,12 +61,12 @@ void Playlist::playlisteinlesen(std::string path) {
 }
 
 void Playlist::setEntries(const std::vector<std::string_view>& urls) {
-  MenuArray& substream = tree_.substream;
+  menu::MenuArray& substream = tree_.substream;
   substream.unloadAbove(0);
   std::string joined;
   int number = 0;
   for (const std::string_view url : urls) {
-    MenuItem& entry = number == 0 ? substream[0] : substream.load();
+    menu::MenuItem& entry = number == 0 ? substream[0] : substream.load();
     entry.Caption = messages_.msgstream + ' ' + std::to_string(++number);
     entry.Tag = url;
     entry.Visible = true;
@@ -74,7 +74,7 @@ void Playlist::setEntries(const std::vector<std::string_view>& urls) {
   }
   streamlist_.clear();
   if (!joined.empty()) {
-    const auto streams = app::split(joined, kStreamSeparator);
+    const auto streams = base::split(joined, kStreamSeparator);
     streamlist_.assign(streams.begin(), streams.end());
   }
   // A choice of one is none.

@@ -6,7 +6,7 @@
 
 #include "app/captions.h"
 #include "app/paths.h"
-#include "tray/menu_tree.h"
+#include "menu/menu_tree.h"
 
 namespace tray {
 
@@ -14,7 +14,7 @@ namespace tray {
 /// entries of "Select Stream". User-interface thread.
 class Playlist {
  public:
-  Playlist(const app::Paths& paths, const app::Messages& messages, MenuTree& tree)
+  Playlist(const app::Paths& paths, const app::Messages& messages, menu::MenuTree& tree)
       : paths_(paths), messages_(messages), tree_(tree) {}
 
   /// Reads a saved playlist; with a path shorter than two characters the one that
@@ -30,7 +30,7 @@ class Playlist {
 
   const app::Paths& paths_;
   const app::Messages& messages_;
-  MenuTree& tree_;
+  menu::MenuTree& tree_;
   std::vector<std::string> streamlist_;
 };
 

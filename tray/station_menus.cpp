@@ -10,21 +10,21 @@ using directory::Query;
 constexpr std::string_view kSearchTag = "search";
 constexpr std::string_view kSearchCancelled = "-";
 
-const MenuItem* entryOf(const MenuArray& array, int index) {
+const menu::MenuItem* entryOf(const menu::MenuArray& array, int index) {
   return index >= 0 && index <= array.UBound() ? &array[index] : nullptr;
 }
 
-void uncheck(MenuArray& array) {
-  for (MenuItem& item : array) item.Checked = false;
+void uncheck(menu::MenuArray& array) {
+  for (menu::MenuItem& item : array) item.Checked = false;
 }
 
 // The entry that was clicked may have moved, or gone, while a transfer waited.
-void checkEntry(MenuArray& menu, int index, const std::string& tag) {
+void checkEntry(menu::MenuArray& menu, int index, const std::string& tag) {
   if (index <= menu.UBound() && menu[index].Tag == tag) {
     menu[index].Checked = true;
     return;
   }
-  for (MenuItem& item : menu) {
+  for (menu::MenuItem& item : menu) {
     if (item.Tag != tag) continue;
     item.Checked = true;
     return;
@@ -33,77 +33,77 @@ void checkEntry(MenuArray& menu, int index, const std::string& tag) {
 
 }  // namespace
 
-const MenuItem* StationMenus::itemOf(const Click& click) const {
+const menu::MenuItem* StationMenus::itemOf(const menu::Click& click) const {
   switch (click.control) {
-    case Control::mgenre:
+    case menu::Control::mgenre:
       return entryOf(tree_.mgenre, click.index);
-    case Control::subgenre:
-      if (click.genre < 0 || click.genre >= kGenres) return nullptr;
+    case menu::Control::subgenre:
+      if (click.genre < 0 || click.genre >= menu::kGenres) return nullptr;
       return entryOf(tree_.subgenre(click.genre), click.index);
-    case Control::mgenreall:
+    case menu::Control::mgenreall:
       return &tree_.mgenreall;
-    case Control::subspecial:
+    case menu::Control::subspecial:
       return entryOf(tree_.subspecial, click.index);
-    case Control::subfavs:
+    case menu::Control::subfavs:
       return entryOf(tree_.subfavs, click.index);
-    case Control::subbit:
+    case menu::Control::subbit:
       return entryOf(tree_.subbit, click.index);
-    case Control::substream:
+    case menu::Control::substream:
       return entryOf(tree_.substream, click.index);
-    case Control::subplayerplay:
+    case menu::Control::subplayerplay:
       return &tree_.subplayerplay;
-    case Control::subplayerstop:
+    case menu::Control::subplayerstop:
       return &tree_.subplayerstop;
-    case Control::mnurecordstream:
+    case menu::Control::mnurecordstream:
       return &tree_.mnurecordstream;
-    case Control::mnuplayervolume:
+    case menu::Control::mnuplayervolume:
       return &tree_.mnuplayervolume;
-    case Control::mnuplayerwindow:
+    case menu::Control::mnuplayerwindow:
       return &tree_.mnuplayerwindow;
-    case Control::mnusetup:
+    case menu::Control::mnusetup:
       return &tree_.mnusetup;
-    case Control::mnuabout:
+    case menu::Control::mnuabout:
       return &tree_.mnuabout;
-    case Control::mnuquit:
+    case menu::Control::mnuquit:
       return &tree_.mnuquit;
     default:
       return nullptr;  // leads to a submenu, or to a window that is still to come
   }
 }
 
-void StationMenus::click(const Click& click) {
-  const MenuItem* item = itemOf(click);
+void StationMenus::click(const menu::Click& click) {
+  const menu::MenuItem* item = itemOf(click);
   if (item == nullptr || !item->Visible || !item->Enabled || item->isSeparator()) return;
   switch (click.control) {
-    case Control::mgenre:
+    case menu::Control::mgenre:
       return mgenre_Click(click.index);
-    case Control::subgenre:
+    case menu::Control::subgenre:
       return subgenre_Click(click.genre, click.index);
-    case Control::mgenreall:
+    case menu::Control::mgenreall:
       return actions_.mgenreall_Click();
-    case Control::subspecial:
+    case menu::Control::subspecial:
       return subspecial_Click(click.index);
-    case Control::subfavs:
+    case menu::Control::subfavs:
       return subfavs_Click(click.index);
-    case Control::subbit:
+    case menu::Control::subbit:
       return subbit_Click(click.index);
-    case Control::substream:
+    case menu::Control::substream:
       return substream_Click(click.index);
-    case Control::subplayerplay:
+    case menu::Control::subplayerplay:
       return actions_.startplayer(0);
-    case Control::subplayerstop:
+    case menu::Control::subplayerstop:
       return actions_.stopplayer();
-    case Control::mnurecordstream:
+    case menu::Control::mnurecordstream:
       return actions_.mnurecordstream_Click();
-    case Control::mnuplayervolume:
+    case menu::Control::mnuplayervolume:
       return actions_.mnuplayervolume_Click();
-    case Control::mnuplayerwindow:
+    case menu::Control::mnuplayerwindow:
       return actions_.mnuplayerwindow_Click();
-    case Control::mnusetup:
+    case menu::Control::mnusetup:
       return actions_.mnusetup_Click();
-    case Control::mnuabout:
+    case menu::Control::mnuabout:
       return actions_.mnuabout_Click();
-    case Control::mnuquit:
+    case menu::Control::mnuquit:
       return actions_.mnuquit_Click();
     default:
       return;
@@ -116,14 +116,14 @@ void StationMenus::mgenre_Click(int index) {
 
 void StationMenus::subgenre_Click(int genre, int index) {
   mgenre_Click(genre);  // the entry can only be clicked in the menu that is open
-  if (genre == kSearchGenre) return subgenre20_Click(index);
+  if (genre == menu::kSearchGenre) return subgenre20_Click(index);
   clickStation(tree_.subgenre(genre), index);
 }
 
 void StationMenus::subgenre20_Click(int index) {
-  if (tree_.subgenre(kSearchGenre)[index].Tag == kSearchTag) return newSearch();
+  if (tree_.subgenre(menu::kSearchGenre)[index].Tag == kSearchTag) return newSearch();
   if (query_.searchText() == kSearchCancelled) return icon_.normalicon();
-  clickStation(tree_.subgenre(kSearchGenre), index);
+  clickStation(tree_.subgenre(menu::kSearchGenre), index);
 }
 
 void StationMenus::newSearch() {
@@ -134,8 +134,8 @@ void StationMenus::newSearch() {
   if (!asked || query_.searchText() == kSearchCancelled) return icon_.normalicon();
 
   // Whatever was opened or loaded while the dialog was.
-  mgenre_Click(kSearchGenre);
-  MenuArray& menu = tree_.subgenre(kSearchGenre);
+  mgenre_Click(menu::kSearchGenre);
+  menu::MenuArray& menu = tree_.subgenre(menu::kSearchGenre);
   for (int i = menu.UBound(); i >= 0; --i) {
     if (menu[i].Tag == kSearchTag) return clickStation(menu, i);
   }
@@ -149,7 +149,7 @@ void StationMenus::subfavs_Click(int index) {
   if (index == 1) return actions_.editfavs();
   if (index != 0) return clickStation(tree_.subfavs, index);
   if (selection_.Tag.empty()) return;
-  MenuItem& favourite = tree_.subfavs.load();
+  menu::MenuItem& favourite = tree_.subfavs.load();
   favourite.Caption = selection_.Caption;
   favourite.Tag = selection_.Tag;
   favourite.Visible = true;
@@ -165,11 +165,11 @@ void StationMenus::substream_Click(int index) {
   if (tree_.substream[index].Tag.size() >= kShortestUrl) actions_.startplayer(index);
 }
 
-void StationMenus::clickStation(MenuArray& menu, int index) {
+void StationMenus::clickStation(menu::MenuArray& menu, int index) {
   if (subgenroutine(menu, index)) icon_.normalicon();
 }
 
-bool StationMenus::subgenroutine(MenuArray& menu, int index) {
+bool StationMenus::subgenroutine(menu::MenuArray& menu, int index) {
   const unsigned turn = ++turn_;
   icon_.workicon();
   selection_ = {menu[index].Tag, menu[index].Caption};
@@ -194,14 +194,14 @@ bool StationMenus::subgenroutine(MenuArray& menu, int index) {
   return true;
 }
 
-void StationMenus::forgetChecked(MenuArray& menu) {
-  for (const MenuItem& item : menu) {
+void StationMenus::forgetChecked(menu::MenuArray& menu) {
+  for (const menu::MenuItem& item : menu) {
     if (item.Checked) checked_tag_ = item.Tag;
   }
   uncheck(menu);
 }
 
-bool StationMenus::playStation(MenuArray& menu, int index) {
+bool StationMenus::playStation(menu::MenuArray& menu, int index) {
   const unsigned turn = turn_;
   const Selection station = selection_;
   uncheckall();
@@ -213,7 +213,7 @@ bool StationMenus::playStation(MenuArray& menu, int index) {
 }
 
 void StationMenus::uncheckall() {
-  for (int i = 0; i < kGenres; ++i) {
+  for (int i = 0; i < menu::kGenres; ++i) {
     if (tree_.mgenre[i].Visible) uncheck(tree_.subgenre(i));
   }
   uncheck(tree_.subspecial);

@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "app/tray_icon.h"
 #include "directory/query.h"
+#include "menu/menu_tree.h"
 #include "tray/menu_actions.h"
-#include "tray/menu_tree.h"
-#include "tray/tray_icon.h"
 
 namespace tray {
 
@@ -14,12 +14,13 @@ namespace tray {
 /// then ends without a trace.
 class StationMenus {
  public:
-  StationMenus(MenuTree& tree, directory::Query& query, TrayIcon& icon, MenuActions& actions)
+  StationMenus(menu::MenuTree& tree, directory::Query& query, app::TrayIcon& icon,
+               MenuActions& actions)
       : tree_(tree), query_(query), icon_(icon), actions_(actions) {}
 
   /// Carries out a click on a line. Does nothing for one that is greyed, hidden
   /// or no longer there.
-  void click(const Click& click);
+  void click(const menu::Click& click);
 
   /// The genre's station menu was opened.
   void mgenre_Click(int index);
@@ -34,7 +35,7 @@ class StationMenus {
 
   /// The common road of every station menu's click. False when a newer click
   /// took over: then nothing may follow.
-  bool subgenroutine(MenuArray& menu, int index);
+  bool subgenroutine(menu::MenuArray& menu, int index);
 
   /// Takes the check mark from every station of the visible genres, the
   /// favourites and the own entries.
@@ -48,15 +49,15 @@ class StationMenus {
   [[nodiscard]] const Selection& selection() const { return selection_; }
 
  private:
-  [[nodiscard]] const MenuItem* itemOf(const Click& click) const;
-  void clickStation(MenuArray& menu, int index);
+  [[nodiscard]] const menu::MenuItem* itemOf(const menu::Click& click) const;
+  void clickStation(menu::MenuArray& menu, int index);
   void newSearch();
-  void forgetChecked(MenuArray& menu);
-  bool playStation(MenuArray& menu, int index);
+  void forgetChecked(menu::MenuArray& menu);
+  bool playStation(menu::MenuArray& menu, int index);
 
-  MenuTree& tree_;
+  menu::MenuTree& tree_;
   directory::Query& query_;
-  TrayIcon& icon_;
+  app::TrayIcon& icon_;
   MenuActions& actions_;
   bool searching_ = false;  // the search dialog is open
   int current_genre_ = 0;   // whose station menu was opened last

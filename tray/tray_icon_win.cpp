@@ -5,9 +5,9 @@
 #include <iterator>
 #include <utility>
 
+#include "base/utf.h"
 #include "res/resource.h"
 #include "window/dpi.h"
-#include "window/utf.h"
 #include "window/window.h"
 
 namespace tray {
@@ -61,7 +61,7 @@ const TrayIconWin::Role TrayIconWin::kNormal{"\\data\\kesnormal.ico", IDI_NORMAL
 const TrayIconWin::Role TrayIconWin::kWorking{"\\data\\keswork.ico", IDI_WORK};
 
 std::string cutToCodePage(std::string_view text, std::size_t bytes) {
-  std::wstring wide = window::toWide(text);
+  std::wstring wide = base::toWide(text);
   // No character has fewer bytes than units, so what is further right cannot fit.
   wide.resize(std::min(wide.size(), bytes));
   std::string narrow = toCodePage(wide);
@@ -102,7 +102,7 @@ void TrayIconWin::normalicon() {
 }
 
 void TrayIconWin::setCaption(std::string_view text) {
-  SetWindowTextW(main_window_, window::toWide(text).c_str());
+  SetWindowTextW(main_window_, base::toWide(text).c_str());
 }
 
 void TrayIconWin::restore() {
@@ -126,7 +126,7 @@ void CALLBACK TrayIconWin::tryAgain(HWND, UINT, UINT_PTR self, DWORD) noexcept {
 }
 
 TrayIconWin::Loaded TrayIconWin::loadPicture(const Role& role) {
-  const std::wstring file = window::toWide(datapath_ + role.file);
+  const std::wstring file = base::toWide(datapath_ + role.file);
   const bool has_file = fileExists(file);
   HICON icon = has_file ? loadIcon(nullptr, file.c_str(), LR_LOADFROMFILE) : nullptr;
   const bool from_file = icon != nullptr;
@@ -157,7 +157,7 @@ void TrayIconWin::trayicon(HWND window, HICON picture, std::string_view tip, int
 std::string TrayIconWin::caption() const {
   std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(main_window_)) + 1, L'\0');
   const int length = GetWindowTextW(main_window_, text.data(), static_cast<int>(text.size()));
-  return window::toNarrow({text.data(), static_cast<std::size_t>(length)});
+  return base::toNarrow({text.data(), static_cast<std::size_t>(length)});
 }
 
 }  // namespace tray

@@ -8,15 +8,15 @@
 #include <string_view>
 
 #include "app/desktop.h"
-#include "tray/tray_icon.h"
-#include "window/unique_handle.h"
+#include "app/tray_icon.h"
+#include "base/unique_handle_win.h"
 
 namespace tray {
 
 /// The icon in the notification area, there from addtrayicon() until this object
 /// goes. Its mouse messages arrive at the main window as `kMessage` with the mouse
 /// message in lParam. Its tooltip is that window's caption. User-interface thread.
-class TrayIconWin final : public TrayIcon {
+class TrayIconWin final : public app::TrayIcon {
  public:
   static constexpr UINT kMessage = 512;
   static constexpr UINT kId = 1;  ///< in wParam
@@ -60,7 +60,7 @@ class TrayIconWin final : public TrayIcon {
 
   HWND main_window_;
   std::string datapath_;
-  window::UniqueIcon picture1_;
+  base::UniqueIcon picture1_;
   NOTIFYICONDATAA record_{};
   bool added_ = false;
   int tries_left_ = 0;

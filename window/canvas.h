@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "window/unique_handle.h"
+#include "base/unique_handle_win.h"
 
 namespace window {
 
@@ -47,8 +47,8 @@ class Canvas {
   const HDC target_;
   const SIZE size_;
   const POINT origin_;
-  UniqueDc dc_;
-  UniqueBitmap bitmap_;
+  base::UniqueDc dc_;
+  base::UniqueBitmap bitmap_;
   HGDIOBJ former_;
   std::span<std::uint32_t> pixels_;
 };

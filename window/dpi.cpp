@@ -2,8 +2,8 @@
 
 #include <cwchar>
 
+#include "base/system_function_win.h"
 #include "window/gdi.h"
-#include "window/system_function.h"
 
 namespace window {
 namespace {
@@ -28,7 +28,7 @@ int systemDpi() {
 Dpi Dpi::of(HWND window) {
   if (const int value = overridden(); value != 0) return Dpi(value);
   static const auto ask =
-      systemFunction<decltype(&GetDpiForWindow)>(L"user32.dll", "GetDpiForWindow");
+      base::systemFunction<decltype(&GetDpiForWindow)>(L"user32.dll", "GetDpiForWindow");
   if (ask != nullptr && window != nullptr) return Dpi(static_cast<int>(ask(window)));
   return Dpi(systemDpi());
 }
@@ -39,14 +39,14 @@ Dpi Dpi::announced(WPARAM wparam) {
 }
 
 int Dpi::metric(int index) const {
-  static const auto ask =
-      systemFunction<decltype(&GetSystemMetricsForDpi)>(L"user32.dll", "GetSystemMetricsForDpi");
+  static const auto ask = base::systemFunction<decltype(&GetSystemMetricsForDpi)>(
+      L"user32.dll", "GetSystemMetricsForDpi");
   if (ask != nullptr) return ask(index, static_cast<UINT>(value_));
   return MulDiv(GetSystemMetrics(index), value_, systemDpi());
 }
 
 SIZE Dpi::frame(SIZE client, DWORD style, DWORD ex_style) const {
-  static const auto ask = systemFunction<decltype(&AdjustWindowRectExForDpi)>(
+  static const auto ask = base::systemFunction<decltype(&AdjustWindowRectExForDpi)>(
       L"user32.dll", "AdjustWindowRectExForDpi");
   RECT rect{0, 0, client.cx, client.cy};
   if (ask != nullptr) {

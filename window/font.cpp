@@ -4,7 +4,7 @@
 
 namespace window {
 
-UniqueFont messageFont(Dpi dpi, int percent, int weight) {
+base::UniqueFont messageFont(Dpi dpi, int percent, int weight) {
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof(metrics);
   SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
@@ -14,7 +14,7 @@ UniqueFont messageFont(Dpi dpi, int percent, int weight) {
   font.lfHeight = MulDiv(font.lfHeight, dpi.value() * percent, system_dpi * 100);
   font.lfWeight = weight;
   font.lfQuality = CLEARTYPE_QUALITY;
-  return UniqueFont(CreateFontIndirectW(&font));
+  return base::UniqueFont(CreateFontIndirectW(&font));
 }
 
 int textWidth(HFONT font, const std::wstring& text) {

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "window/unique_handle.h"
+#include "base/unique_handle_win.h"
 
 namespace window {
 
@@ -62,8 +62,8 @@ class MemoryCanvas {
   [[nodiscard]] HBITMAP bitmap() const { return bitmap_.get(); }
 
  private:
-  UniqueDc dc_;
-  UniqueBitmap bitmap_;
+  base::UniqueDc dc_;
+  base::UniqueBitmap bitmap_;
   SelectScope selected_;  // last: undone before bitmap and context go
 };
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/utf.h"
 #include "window/gdi.h"
 #include "window/menu_keys.h"
-#include "window/utf.h"
 
 namespace window {
 namespace {
@@ -23,7 +23,7 @@ std::size_t fitting(const std::wstring& text, int max_pixels) {
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof(metrics);
   SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-  const UniqueFont font(CreateFontIndirectW(&metrics.lfMenuFont));
+  const base::UniqueFont font(CreateFontIndirectW(&metrics.lfMenuFont));
   const WindowDc screen(nullptr);
   const SelectScope selected(screen.get(), font.get());
   int count = 0;
@@ -48,7 +48,7 @@ std::wstring doubleAmpersands(const std::wstring& text) {
 }  // namespace
 
 std::wstring menuText(const MenuLine& line, int max_pixels) {
-  std::wstring text = toWide(line.caption);
+  std::wstring text = base::toWide(line.caption);
   std::replace_if(
       text.begin(), text.end(), [](wchar_t c) { return c < 0x20 || c == 0x7F; }, L' ');
   constexpr std::size_t kSurelyShort = 60;
@@ -71,7 +71,7 @@ PopupMenu::Level& PopupMenu::level(int key) {
   const auto found =
       std::find_if(levels_.begin(), levels_.end(), [&](const Level& l) { return l.key == key; });
   if (found != levels_.end()) return *found;
-  return levels_.emplace_back(Level{UniqueMenu(CreatePopupMenu()), key});
+  return levels_.emplace_back(Level{base::UniqueMenu(CreatePopupMenu()), key});
 }
 
 void PopupMenu::opening(HMENU menu) {

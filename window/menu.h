@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "window/unique_handle.h"
+#include "base/unique_handle_win.h"
 
 namespace window {
 
@@ -49,7 +49,7 @@ class PopupMenu {
 
  private:
   struct Level {
-    UniqueMenu menu;
+    base::UniqueMenu menu;
     int key;
     UINT first_id = 0;
     UINT ids = 0;

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "window/unique_handle.h"
+#include "base/unique_handle_win.h"
 
 namespace window {
 
@@ -14,7 +14,7 @@ class MenuKeys {
   MenuKeys();
 
  private:
-  UniqueHandle<HHOOK, UnhookWindowsHookEx> hook_;
+  base::UniqueHandle<HHOOK, UnhookWindowsHookEx> hook_;
 };
 
 }  // namespace window

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 namespace window {
 namespace {
@@ -25,13 +25,13 @@ std::string marked(const std::wstring& text, std::size_t at) {
     if (i == at || text[i] == L'&') shown += L'&';
     shown += text[i];
   }
-  return toNarrow(shown);
+  return base::toNarrow(shown);
 }
 
 }  // namespace
 
 std::string Mnemonics::mark(std::string_view caption) {
-  const std::wstring text = toWide(caption);
+  const std::wstring text = base::toWide(caption);
   for (const bool any_letter : {false, true}) {
     for (std::size_t i = 0; i < text.size(); ++i) {
       if (IsCharAlphaNumericW(text[i]) == 0 || (!any_letter && !beginsWord(text, i))) continue;
@@ -45,7 +45,7 @@ std::string Mnemonics::mark(std::string_view caption) {
 }
 
 std::string Mnemonics::plain(std::string_view caption) {
-  const std::wstring text = toWide(caption);
+  const std::wstring text = base::toWide(caption);
   return marked(text, text.size());
 }
 

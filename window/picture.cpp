@@ -2,7 +2,7 @@
 
 #include <wincodec.h>
 
-#include "window/com.h"
+#include "base/com_win.h"
 #include "window/gdi.h"
 #include "window/window.h"
 
@@ -28,16 +28,16 @@ int variant(Dpi dpi) {
 }
 
 bool decode(const Bytes& bytes, SIZE pixels, BYTE* target, UINT target_bytes) {
-  ComPointer<IWICImagingFactory> factory;
+  base::ComPointer<IWICImagingFactory> factory;
   if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
                               IID_IWICImagingFactory, factory.outVoid()))) {
     return false;
   }
-  ComPointer<IWICStream> stream;
-  ComPointer<IWICBitmapDecoder> decoder;
-  ComPointer<IWICBitmapFrameDecode> frame;
-  ComPointer<IWICFormatConverter> converter;
-  ComPointer<IWICBitmapScaler> scaler;
+  base::ComPointer<IWICStream> stream;
+  base::ComPointer<IWICBitmapDecoder> decoder;
+  base::ComPointer<IWICBitmapFrameDecode> frame;
+  base::ComPointer<IWICFormatConverter> converter;
+  base::ComPointer<IWICBitmapScaler> scaler;
   const auto width = static_cast<UINT>(pixels.cx);
   const auto height = static_cast<UINT>(pixels.cy);
   return SUCCEEDED(factory->CreateStream(stream.out())) &&
@@ -57,16 +57,16 @@ bool decode(const Bytes& bytes, SIZE pixels, BYTE* target, UINT target_bytes) {
 
 }  // namespace
 
-UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi) {
+base::UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi) {
   const SIZE pixels{dpi.scale(units.cx), dpi.scale(units.cy)};
   const Bytes bytes = resourceBytes(resource + variant(dpi));
   if (bytes.data == nullptr || pixels.cx <= 0 || pixels.cy <= 0) return {};
   BITMAPINFO info{};
   info.bmiHeader = {sizeof(BITMAPINFOHEADER), pixels.cx, -pixels.cy, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
   void* bits = nullptr;
-  UniqueBitmap bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+  base::UniqueBitmap bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
   if (!bitmap) return {};
-  const ComScope com;
+  const base::ComScope com;
   const auto size = static_cast<UINT>(pixels.cx * pixels.cy * 4);
   if (!decode(bytes, pixels, static_cast<BYTE*>(bits), size)) return {};
   return bitmap;
@@ -75,7 +75,7 @@ UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi) {
 void drawPicture(HDC dc, HBITMAP picture, int x, int y) {
   BITMAP shape{};
   if (GetObjectW(picture, sizeof(shape), &shape) == 0) return;
-  const UniqueDc source(CreateCompatibleDC(dc));
+  const base::UniqueDc source(CreateCompatibleDC(dc));
   const SelectScope selected(source.get(), picture);
   const BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
   // Of gdi32, which is loaded in any case; msimg32's of the shorter name only calls it.

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include "base/unique_handle_win.h"
 #include "window/dpi.h"
-#include "window/unique_handle.h"
 
 namespace window {
 
@@ -11,7 +11,7 @@ namespace window {
 /// 32-bit bitmap with premultiplied alpha. It is a PNG (type RCDATA) in three sizes:
 /// `resource` for 96 dpi, the next ones for 144 and 192; the nearest that is large
 /// enough is scaled. Null when it is missing or broken.
-UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi);
+base::UniqueBitmap loadPicture(int resource, SIZE units, Dpi dpi);
 
 /// Draws such a bitmap over what is there, at its own size.
 void drawPicture(HDC dc, HBITMAP picture, int x, int y);

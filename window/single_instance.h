@@ -1,6 +1,6 @@
 #pragma once
 
-#include "window/unique_handle.h"
+#include "base/unique_handle_win.h"
 
 namespace window {
 
@@ -14,7 +14,7 @@ class SingleInstance {
   [[nodiscard]] bool first() const { return first_; }
 
  private:
-  UniqueKernel mutex_;
+  base::UniqueKernel mutex_;
   bool first_;
 };
 

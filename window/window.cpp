@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
@@ -71,10 +71,10 @@ void Window::create(const Creation& creation) {
   dpi_ = Dpi::of(nullptr);
   const SIZE client{scale(creation.width), scale(creation.height)};
   const SIZE size = dpi_.frame(client, creation.style, creation.ex_style);
-  const HWND made =
-      CreateWindowExW(creation.ex_style, creation.class_name, toWide(creation.caption).c_str(),
-                      creation.style & ~WS_VISIBLE, CW_USEDEFAULT, 0, size.cx, size.cy,
-                      creation.owner, nullptr, instance(), this);
+  const HWND made = CreateWindowExW(creation.ex_style, creation.class_name,
+                                    base::toWide(creation.caption).c_str(),
+                                    creation.style & ~WS_VISIBLE, CW_USEDEFAULT, 0, size.cx,
+                                    size.cy, creation.owner, nullptr, instance(), this);
   if (made == nullptr) fail("CreateWindowEx");
   dpi_ = Dpi::of(handle_);
   if (creation.width > 0) resizeClient(creation.width, creation.height);
@@ -120,7 +120,7 @@ std::optional<LRESULT> Window::receive(UINT message, WPARAM wparam, LPARAM lpara
 }
 
 void Window::setText(std::string_view text) {
-  SetWindowTextW(handle_, toWide(text).c_str());
+  SetWindowTextW(handle_, base::toWide(text).c_str());
 }
 
 void Window::show() {
@@ -131,8 +131,8 @@ void Window::show() {
 HWND Window::addControl(const wchar_t* control_class, std::string_view text, DWORD style, int id,
                         DWORD ex_style) {
   const HWND control = CreateWindowExW(
-      ex_style, control_class, toWide(text).c_str(), style | WS_CHILD | WS_VISIBLE, 0, 0, 0, 0,
-      handle_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance(), nullptr);
+      ex_style, control_class, base::toWide(text).c_str(), style | WS_CHILD | WS_VISIBLE, 0, 0, 0,
+      0, handle_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance(), nullptr);
   if (control == nullptr) fail("CreateWindowEx for a control");
   return control;
 }

@@ -143,7 +143,7 @@ bool cutsTitle(HWND window) {
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof(metrics);
   SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-  const window::UniqueFont font(CreateFontIndirectW(&metrics.lfCaptionFont));
+  const base::UniqueFont font(CreateFontIndirectW(&metrics.lfCaptionFont));
   RECT client{};
   GetClientRect(window, &client);
   const int buttons = (style & WS_MAXIMIZEBOX) != 0 ? 3 : 1;

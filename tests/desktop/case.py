@@ -5,13 +5,10 @@ import os
 import sys
 import unittest
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.append(os.path.dirname(HERE))  # the demo radio's client
-
-from demo_radio import DemoRadio, links  # noqa: E402
-from desktop import Desktop  # noqa: E402
-from kestrel import Kestrel  # noqa: E402
-from processes import wait_for  # noqa: E402
+from demo_radio import DemoRadio, links
+from desktop import Desktop
+from kestrel import Kestrel
+from processes import wait_for
 
 RADIO = os.environ["KESTREL_RADIO"]  # folder of the built demo radio
 

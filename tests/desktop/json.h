@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 namespace desktop_test {
 
@@ -32,7 +32,7 @@ class Json {
   }
   Json& value(long long number) { return separate(), out_ += std::to_string(number), *this; }
   Json& value(std::string_view utf8) { return separate(), quote(utf8), *this; }
-  Json& value(std::wstring_view text) { return value(std::string_view(window::toNarrow(text))); }
+  Json& value(std::wstring_view text) { return value(std::string_view(base::toNarrow(text))); }
   Json& value(bool truth) { return separate(), out_ += truth ? "true" : "false", *this; }
   Json& value(const RECT& r) {
     return open('[')

@@ -39,7 +39,7 @@ void processes(const Words& words, Json& answer) {
   answer.open('[');
   for (BOOL more = Process32FirstW(list.get(), &entry); more != FALSE;
        more = Process32NextW(list.get(), &entry)) {
-    if (lstrcmpiW(entry.szExeFile, window::toWide(words.at(1)).c_str()) == 0)
+    if (lstrcmpiW(entry.szExeFile, base::toWide(words.at(1)).c_str()) == 0)
       answer.value(0LL + entry.th32ProcessID);
   }
   answer.close(']');
@@ -75,7 +75,7 @@ int icons() {
 /// Starts a program and waits for its icon: whenready COMMAND. Answers its process id
 /// and the microseconds that took.
 void whenready(const Words& words, Json& answer) {
-  std::wstring command = window::toWide(words.at(1));
+  std::wstring command = base::toWide(words.at(1));
   const int before = icons();
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
@@ -97,7 +97,7 @@ void whenready(const Words& words, Json& answer) {
 /// Has the process load a DLL: inject PROCESS FILE
 void inject(const Words& words, Json& answer) {
   const Handle target = process(words, PROCESS_ALL_ACCESS);
-  const std::wstring file = window::toWide(words.at(2));
+  const std::wstring file = base::toWide(words.at(2));
   const SIZE_T bytes = (file.size() + 1) * sizeof(wchar_t);
   void* there = VirtualAllocEx(target.get(), nullptr, bytes, MEM_COMMIT, PAGE_READWRITE);
   if (there == nullptr ||
@@ -152,9 +152,9 @@ void agent(const Words& words, Json& answer) {
 /// A text value under HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER: regset HKLM KEY NAME TEXT
 void regset(const Words& words, Json& answer) {
   const HKEY root = words.at(1) == "HKLM" ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-  const std::wstring text = window::toWide(words.at(4));
-  const LSTATUS status = RegSetKeyValueW(root, window::toWide(words.at(2)).c_str(),
-                                         window::toWide(words.at(3)).c_str(), REG_SZ, text.c_str(),
+  const std::wstring text = base::toWide(words.at(4));
+  const LSTATUS status = RegSetKeyValueW(root, base::toWide(words.at(2)).c_str(),
+                                         base::toWide(words.at(3)).c_str(), REG_SZ, text.c_str(),
                                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
   if (status != ERROR_SUCCESS) throw std::runtime_error("registry error " + std::to_string(status));
   answer.value(true);

@@ -99,7 +99,7 @@ void copydata(const Words& words, Json& answer) {
 
 /// A registered message to every top-level window: broadcast NAME
 void broadcast(const Words& words, Json& answer) {
-  const UINT message = RegisterWindowMessageW(window::toWide(words.at(1)).c_str());
+  const UINT message = RegisterWindowMessageW(base::toWide(words.at(1)).c_str());
   if (PostMessageW(HWND_BROADCAST, message, 0, 0) == FALSE) fail("broadcasting");
   answer.value(static_cast<long long>(message));
 }

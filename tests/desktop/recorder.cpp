@@ -2,14 +2,14 @@
 // into "recorded.txt" beside itself, whole or not at all.
 #include <windows.h>
 
-#include "window/utf.h"
+#include "base/utf.h"
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   wchar_t path[MAX_PATH];
   GetModuleFileNameW(nullptr, path, MAX_PATH);
   std::wstring folder(path);
   folder.resize(folder.rfind(L'\\') + 1);
-  const std::string line = window::toNarrow(GetCommandLineW());
+  const std::string line = base::toNarrow(GetCommandLineW());
   const HANDLE file = CreateFileW((folder + L"recorded.new").c_str(), GENERIC_WRITE, 0, nullptr,
                                   CREATE_ALWAYS, 0, nullptr);
   DWORD written = 0;

@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <string>
 
-#include "engine/frame_headers.h"
-#include "engine/icy.h"
-#include "engine/title.h"
-#include "engine/url.h"
+#include "engine/codec/frame_headers.h"
+#include "engine/net/icy.h"
+#include "engine/net/url.h"
+#include "engine/text/title.h"
 
 namespace {
 

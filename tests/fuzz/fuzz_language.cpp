@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "app/language.h"
-#include "app/sprachmod.h"
+#include "app/language_file.h"
+#include "app/language_loader.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ void require(bool holds) {
 }
 
 struct Program {
-  tray::MenuTree tree;
+  menu::MenuTree tree;
   app::Captions captions;
   app::Messages messages;
 
@@ -30,7 +30,7 @@ struct Program {
   }
 
   std::vector<std::string> menus() const {
-    using Kind = tray::Popup::Kind;
+    using Kind = menu::Popup::Kind;
     std::vector<std::string> labels;
     for (const Kind kind :
          {Kind::mainmenu, Kind::genremenu, Kind::mnuplayer, Kind::mnubitrate, Kind::subfavs}) {

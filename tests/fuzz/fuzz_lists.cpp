@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "engine/chunked_source.h"
-#include "engine/container_headers.h"
-#include "engine/hls_playlist.h"
-#include "engine/id3.h"
-#include "engine/ogg_pages.h"
-#include "engine/playlist.h"
-#include "engine/title.h"
-#include "engine/utf8.h"
+#include "engine/codec/container_headers.h"
+#include "engine/codec/id3.h"
+#include "engine/codec/ogg_pages.h"
+#include "engine/hls/hls_playlist.h"
+#include "engine/net/chunked_source.h"
+#include "engine/text/playlist.h"
+#include "engine/text/title.h"
+#include "engine/text/utf8.h"
 
 namespace {
 

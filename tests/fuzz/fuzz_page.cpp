@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/text.h"
+#include "base/text.h"
 #include "directory/page.h"
 
 namespace {
@@ -14,7 +14,7 @@ namespace {
 // from 1 and a failing statement leaving its variable alone. Quadratic.
 std::vector<std::pair<std::string, std::string>> oracleScan(const std::string& page) {
   const auto find = [&](std::size_t from, std::string_view what) -> std::size_t {
-    const auto at = app::findIgnoringCase(page, what, from - 1);
+    const auto at = base::findIgnoringCase(page, what, from - 1);
     return at == page.npos ? 0 : at + 1;
   };
   std::vector<std::pair<std::string, std::string>> stations;

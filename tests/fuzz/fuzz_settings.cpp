@@ -10,7 +10,7 @@ namespace {
 
 std::string rewritten(std::string_view text) {
   app::Settings settings;
-  tray::MenuTree tree;
+  menu::MenuTree tree;
   app::readEarlySettings(text, settings);
   app::applySettings(text, settings, tree);
   return app::settingsText(settings, tree);

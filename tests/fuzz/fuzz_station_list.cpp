@@ -24,7 +24,7 @@ class MemoryFile {
   const int fd_ = ::memfd_create("list", 0);
 };
 
-std::string written(const tray::MenuArray& menu, int first, int last) {
+std::string written(const menu::MenuArray& menu, int first, int last) {
   std::string text;
   for (int i = first; i <= last; ++i) {
     if (menu[i].Caption.empty() || menu[i].Tag.empty()) std::abort();
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   app::Settings settings;
   settings.maxchar = size > 0 ? static_cast<std::int16_t>(data[0]) : std::int16_t{50};
   const app::Messages messages;
-  tray::MenuTree tree;
+  menu::MenuTree tree;
   directory::StationLists lists(paths, settings, messages, tree, "20250615");
 
   lists.ladeoffline(tree.subgenre(0), file.holding(text), directory::StationLists::Kind::genre);
